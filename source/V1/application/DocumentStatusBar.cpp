@@ -1,0 +1,82 @@
+#include "V1/application/DocumentStatusBar.h"
+
+#include <QHBoxLayout>
+#include <QLabel>
+#include <QLineEdit>
+#include <QSpinBox>
+
+namespace inkory
+{
+
+namespace
+{
+
+constexpr int messageMilliseconds = 5000;
+
+} // namespace
+
+DocumentStatusBar::DocumentStatusBar(QWidget *parent)
+    : QStatusBar(parent), m_message(new QLabel(this)), m_pageRow(new QWidget(this)),
+      m_pageField(new QSpinBox(m_pageRow)), m_pageCount(new QLabel(m_pageRow))
+{
+    m_message->setObjectName(QStringLiteral("inlineMessage"));
+    m_message->setTextFormat(Qt::PlainText);
+    m_message->setContentsMargins(6, 0, 6, 0);
+    m_message->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Preferred); // a long one does not widen the window
+    m_pageField->setObjectName(QStringLiteral("pageField"));
+    m_pageField->setButtonSymbols(QAbstractSpinBox::NoButtons);
+    m_pageField->setAlignment(Qt::AlignRight);
+    m_pageField->setKeyboardTracking(false);
+    m_pageField->setAccessibleName(tr("Page number"));
+    m_pageField->setFocusPolicy(Qt::StrongFocus);
+
+    auto *row = new QHBoxLayout(m_pageRow);
+    row->setContentsMargins(0, 0, 6, 0);
+    row->addWidget(new QLabel(tr("page"), m_pageRow));
+    row->addWidget(m_pageField);
+    row->addWidget(m_pageCount);
+    addWidget(m_message, 1);
+    addPermanentWidget(m_pageRow);
+    m_pageRow->hide();
+
+    m_messageTimer.setSingleShot(true);
+    connect(&m_messageTimer, &QTimer::timeout, this, [this] {
+        m_message->setText(m_lastingMessage);
+        m_message->setToolTip(m_lastingMessage);
+    });
+    connect(m_pageField, &QSpinBox::valueChanged, this, &DocumentStatusBar::pageEntered);
+    connect(m_pageField, &QSpinBox::editingFinished, this, &DocumentStatusBar::pageFieldLeft);
+}
+
+void DocumentStatusBar::showInlineMessage(const QString &text, Stay stay)
+{
+    m_messageTimer.stop();
+    if (stay == Stay::UntilReplaced)
+        m_lastingMessage = text;
+    else
+        m_messageTimer.start(messageMilliseconds);
+    m_message->setText(text);
+    m_message->setToolTip(text.toHtmlEscaped()); // the whole text, should the label be too narrow
+}
+
+QString DocumentStatusBar::inlineMessage() const
+{
+    return m_message->text();
+}
+
+void DocumentStatusBar::showPage(int page, int pageCount)
+{
+    const QSignalBlocker blocker(m_pageField);
+    m_pageField->setRange(1, qMax(1, pageCount));
+    m_pageField->setValue(page);
+    m_pageCount->setText(tr("of %1").arg(pageCount));
+    m_pageRow->setVisible(pageCount > 0);
+}
+
+void DocumentStatusBar::focusPageField()
+{
+    m_pageField->setFocus(Qt::ShortcutFocusReason);
+    m_pageField->selectAll();
+}
+
+} // namespace inkory

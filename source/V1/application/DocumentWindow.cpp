@@ -1,0 +1,194 @@
+#include "V1/application/DocumentWindow.h"
+
+#include "platform/widgets/InterfaceDescriptions.h"
+#include "platform/widgets/NamedImages.h"
+#include "platform/widgets/SegmentedControl.h"
+
+#include <QComboBox>
+#include <QEvent>
+#include <QToolButton>
+
+#include "ui_PDFDocumentWindow.h"
+
+namespace inkory
+{
+
+namespace
+{
+
+constexpr int thumbnailsWidth = 170;
+constexpr int stampToolbarHeight = 24;
+constexpr QSize signatureIconSize(76, 24);
+// The pages' ground: a quiet grey between the theme's window colour and a middle grey.
+constexpr int groundMix = 82; // per cent of the window colour
+
+QColor mixed(const QColor &a, const QColor &b, int percentOfA)
+{
+    const auto mix = [&](int x, int y) { return (x * percentOfA + y * (100 - percentOfA)) / 100; };
+    return {mix(a.red(), b.red()), mix(a.green(), b.green()), mix(a.blue(), b.blue())};
+}
+
+void setGround(QWidget *widget, QPalette::ColorRole role, const QColor &color)
+{
+    QPalette palette = widget->palette();
+    palette.setColor(role, color);
+    widget->setPalette(palette);
+}
+
+} // namespace
+
+DocumentWindow::DocumentWindow(QWidget *parent) : QMainWindow(parent), m_ui(std::make_unique<Ui::PDFDocumentWindow>())
+{
+    m_ui->setupUi(this);
+    setCentralWidget(m_ui->splitter);
+    m_ui->splitter->setSizes({thumbnailsWidth, width() - thumbnailsWidth});
+    m_ui->splitter->setStretchFactor(1, 1);
+    m_ui->pdfThumbnailView->setMinimumWidth(150);
+    m_ui->statusBar->setSizeGripEnabled(false);
+    m_ui->mainToolBar->setContextMenuPolicy(Qt::PreventContextMenu);
+    setContextMenuPolicy(Qt::NoContextMenu); // it would offer to hide the tool bar
+    makeToolBar();
+    makeStampToolbar();
+    applyIcons();
+}
+
+DocumentWindow::~DocumentWindow() = default;
+
+SegmentedControl *DocumentWindow::makeSegments(const QString &name)
+{
+    auto *control = new SegmentedControl(m_ui->mainToolBar);
+    control->setObjectName(name);
+    m_ui->mainToolBar->addWidget(control);
+    return control;
+}
+
+void DocumentWindow::makeToolBar()
+{
+    QToolBar *bar = m_ui->mainToolBar;
+    bar->setIconSize({20, 20});
+    bar->addAction(m_ui->actionSidePanel);
+    bar->addSeparator();
+
+    SegmentedControl *tools = makeSegments(QStringLiteral("toolSelectionControl"));
+    tools->addSegment(tr("Select (V)"), {}, 0);
+    tools->addSegment(tr("Signature (S)"), {}, 1);
+    tools->addSegment(tr("Text (T)"), {}, 2);
+    tools->setSegmentVisible(2, false);
+    auto *signature = new QToolButton(bar);
+    signature->setObjectName(QStringLiteral("imageStampToolbarImageView"));
+    signature->setIconSize(signatureIconSize);
+    signature->setToolTip(tr("The chosen signature. Click to choose another one."));
+    signature->setAccessibleName(tr("Chosen signature"));
+    signature->setProperty("tag", 1);
+    bar->addWidget(signature)->setObjectName(QStringLiteral("imageStampToolbarItem"));
+    bar->addSeparator();
+
+    bar->addAction(m_ui->actionUndo);
+    bar->addAction(m_ui->actionRedo);
+    bar->addSeparator();
+
+    SegmentedControl *zoomOut = makeSegments(QStringLiteral("zoomOutControl"));
+    zoomOut->setMomentary(true);
+    zoomOut->addSegment(tr("Zoom out (Ctrl+-)"), {}, 1);
+    auto *factor = new QComboBox(bar);
+    factor->setObjectName(QStringLiteral("zoomFactorField"));
+    factor->setEditable(true);
+    factor->setInsertPolicy(QComboBox::NoInsert);
+    factor->setAccessibleName(tr("Zoom factor"));
+    factor->setToolTip(tr("Zoom factor"));
+    factor->setFixedWidth(factor->fontMetrics().horizontalAdvance(QStringLiteral("6400 %")) + 44);
+    bar->addWidget(factor);
+    SegmentedControl *zoom = makeSegments(QStringLiteral("zoomControl"));
+    zoom->setMomentary(true);
+    zoom->addSegment(tr("Zoom in (Ctrl++)"), {}, 0);
+    zoom->addSegment(tr("Actual size (Ctrl+0)"), {}, 2);
+    zoom->addSegment(tr("Fit page (Ctrl+1)"), {}, 3);
+    zoom->addSegment(tr("Fit width (Ctrl+2)"), {}, 4);
+    bar->addSeparator();
+
+    SegmentedControl *rotate = makeSegments(QStringLiteral("rotateControl"));
+    rotate->setMomentary(true);
+    rotate->addSegment(tr("Turn page left (Ctrl+L)"), {}, 0);
+    rotate->addSegment(tr("Turn page right (Ctrl+R)"), {}, 1);
+    rotate->addSegment(tr("Flip document"), {}, 2);
+    addToolBarSpace();
+    bar->addAction(m_ui->actionSave);
+}
+
+void DocumentWindow::addToolBarSpace()
+{
+    auto *space = new QWidget(m_ui->mainToolBar);
+    space->setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Preferred);
+    m_ui->mainToolBar->addWidget(space);
+}
+
+void DocumentWindow::makeStampToolbar()
+{
+    m_stampToolbar = new StampViewToolbar(m_ui->pdfView);
+    m_stampToolbar->setObjectName(QStringLiteral("stampViewToolbar"));
+    m_stampToolbar->resize(2, stampToolbarHeight);
+    m_stampToolbar->hide();
+    const auto addButton = [this](const QString &name, const QString &text, int tag) {
+        auto *button = new QToolButton(m_stampToolbar);
+        button->setObjectName(name);
+        button->setToolTip(text);
+        button->setAccessibleName(text);
+        button->setAutoRaise(true);
+        button->setProperty("tag", tag);
+        button->setGeometry(0, 2, 20, 20);
+        button->setIconSize({16, 16});
+        button->setCursor(Qt::ArrowCursor);
+        button->setFocusPolicy(Qt::TabFocus);
+        return button;
+    };
+    m_ui->pdfView->setStampViewToolbar(m_stampToolbar);
+    m_ui->pdfView->setRotateStampCCWButton(
+        addButton(QStringLiteral("rotateStampCCWButton"), tr("Turn the signature left"), 5));
+    m_ui->pdfView->setRotateStampCWButton(
+        addButton(QStringLiteral("rotateStampCWButton"), tr("Turn the signature right"), 6));
+}
+
+void DocumentWindow::changeEvent(QEvent *event)
+{
+    QMainWindow::changeEvent(event);
+    if (event->type() == QEvent::PaletteChange && m_stampToolbar)
+        applyIcons();
+}
+
+void DocumentWindow::applyIcons()
+{
+    const QColor line = palette().color(QPalette::ButtonText);
+    const auto icon = [&line](const char *name) { return iconNamed(QLatin1String(name), line); };
+    m_ui->actionSidePanel->setIcon(icon("side-panel"));
+    m_ui->actionUndo->setIcon(icon("undo"));
+    m_ui->actionRedo->setIcon(icon("redo"));
+    m_ui->actionSave->setIcon(icon("save"));
+    m_ui->actionOpen->setIcon(icon("open"));
+    const auto setIcons = [&](const char *control, std::initializer_list<const char *> names) {
+        auto *segments = findChild<SegmentedControl *>(QLatin1String(control));
+        int segment = 0;
+        for (const char *name : names)
+            segments->setSegmentIcon(segment++, icon(name));
+    };
+    setIcons("toolSelectionControl", {"tool-select", "tool-signature", "tool-text"});
+    setIcons("zoomOutControl", {"zoom-out"});
+    setIcons("zoomControl", {"zoom-in", "zoom-actual", "fit-page", "fit-width"});
+    setIcons("rotateControl", {"rotate-left", "rotate-right", "flip"});
+    // The stamp toolbar is white in every theme.
+    const QColor onWhite(0x3b, 0x3f, 0x45);
+    m_ui->pdfView->rotateStampCCWButton()->setIcon(iconNamed(QStringLiteral("stamp-rotate-left"), onWhite));
+    m_ui->pdfView->rotateStampCWButton()->setIcon(iconNamed(QStringLiteral("stamp-rotate-right"), onWhite));
+
+    const QColor ground = mixed(palette().color(QPalette::Window), QColor(0x70, 0x74, 0x7a), groundMix);
+    setGround(m_ui->pdfView->viewport(), QPalette::Base, ground);
+    setGround(m_ui->pdfView, QPalette::Base, ground);
+    setGround(m_ui->pdfThumbnailView, QPalette::Base, palette().color(QPalette::Window));
+}
+
+void registerDocumentWindowDescription()
+{
+    registerInterfaceDescription(QStringLiteral("PDFDocumentWindow"),
+                                 []() -> std::unique_ptr<QWidget> { return std::make_unique<DocumentWindow>(); });
+}
+
+} // namespace inkory

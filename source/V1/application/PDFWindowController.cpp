@@ -1,0 +1,229 @@
+#include "V1/application/PDFWindowController.h"
+
+#include "V1/application/DocumentStatePage.h"
+#include "V1/application/DocumentStatusBar.h"
+#include "V1/editing/KRPDFView.h"
+#include "V1/library/ImageStampSelectionController.h"
+#include "V1/stamps/KRPDFDocument.h"
+#include "platform/core/NotificationCenter.h"
+#include "platform/core/PhysicalKeys.h"
+#include "platform/widgets/Document.h"
+#include "platform/widgets/InterfaceDescriptions.h"
+#include "platform/widgets/PDFThumbnailView.h"
+#include "platform/widgets/SegmentedControl.h"
+
+#include <QAction>
+#include <QComboBox>
+#include <QKeyEvent>
+#include <QStackedWidget>
+#include <QToolButton>
+
+#include <algorithm>
+
+using namespace inkory;
+
+namespace
+{
+
+// A page is not enlarged beyond this when a document is shown for the first time.
+constexpr double maxFirstZoom = 1.5;
+
+} // namespace
+
+PDFWindowController::PDFWindowController(const QString &interfaceName) : WindowController(interfaceName) {}
+
+PDFWindowController::~PDFWindowController() = default;
+
+void PDFWindowController::setPdfDoc(KRPDFDocument *pdfDoc)
+{
+    m_pdfDoc = pdfDoc;
+}
+
+void PDFWindowController::awakeFromNib()
+{
+    const QWidget &root = *window();
+    m_pdfView = outlet<KRPDFView>(root, QStringLiteral("pdfView"));
+    m_pdfThumbnailView = outlet<PDFThumbnailView>(root, QStringLiteral("pdfThumbnailView"));
+    m_toolSelectionControl = outlet<SegmentedControl>(root, QStringLiteral("toolSelectionControl"));
+    m_imageStampToolbarImageView = outlet<QToolButton>(root, QStringLiteral("imageStampToolbarImageView"));
+    m_pageArea = outlet<QStackedWidget>(root, QStringLiteral("pageArea"));
+    m_statePage = outlet<DocumentStatePage>(root, QStringLiteral("documentStatePage"));
+    m_statusBar = outlet<DocumentStatusBar>(root, QStringLiteral("statusBar"));
+    m_zoomFactorField = outlet<QComboBox>(root, QStringLiteral("zoomFactorField"));
+    m_pdfView->awakeFromNib();
+    showSignatureImage();
+}
+
+void PDFWindowController::windowDidLoad()
+{
+    if (document())
+        m_pdfView->setUndoManager(&document()->undoManager());
+    m_pdfView->setDocument(m_pdfDoc);
+    m_pdfThumbnailView->setPDFView(m_pdfView);
+    setCurrentToolType(ToolTypeSelect);
+    observeNotifications();
+    m_pdfView->windowDidLoad();
+
+    connectControls();
+    connectFileActions();
+    connectEditActions();
+    connectViewActions();
+    connectStatusBar();
+    if (m_pdfDoc) {
+        connect(m_pdfDoc, &PDFDocument::stateChanged, this, &PDFWindowController::showDocumentState);
+        connect(m_pdfDoc, &PDFDocument::geometrySettled, this, &PDFWindowController::showGeometryState);
+    }
+    showDocumentState();
+}
+
+void PDFWindowController::observeNotifications()
+{
+    NotificationCenter::defaultCenter().addObserver(
+        this, pdfViewRequestChangeToolNotification, nullptr, [this](const Notification &notification) {
+            setCurrentToolType(static_cast<ToolType>(notification.userInfo.value(QStringLiteral("toolType")).toInt()));
+        });
+}
+
+void PDFWindowController::zoom(const SegmentedControl *sender)
+{
+    switch (sender->tagForSegment(sender->selectedSegment())) {
+    case 0:
+        m_pdfView->zoomIn();
+        break;
+    case 1:
+        m_pdfView->zoomOut();
+        break;
+    case 2:
+        m_pdfView->zoomActualSize();
+        break;
+    case 3:
+        m_pdfView->fitPageSize();
+        break;
+    case 4:
+        m_pdfView->fitPageWidth();
+        break;
+    default:
+        break;
+    }
+}
+
+void PDFWindowController::rotate(const SegmentedControl *sender)
+{
+    switch (sender->tagForSegment(sender->selectedSegment())) {
+    case 0:
+        m_pdfView->rotateCurrentPageCounterClockwise();
+        break;
+    case 1:
+        m_pdfView->rotateCurrentPageClockwise();
+        break;
+    case 2:
+        m_pdfView->flipDocument();
+        break;
+    default:
+        break;
+    }
+}
+
+void PDFWindowController::switchTool(const QObject *sender)
+{
+    if (const auto *control = qobject_cast<const SegmentedControl *>(sender))
+        setCurrentToolType(static_cast<ToolType>(control->tagForSegment(control->selectedSegment())));
+    else if (const auto *item = qobject_cast<const QAction *>(sender))
+        setCurrentToolType(static_cast<ToolType>(item->property("tag").toInt()));
+}
+
+void PDFWindowController::setCurrentToolType(ToolType tool)
+{
+    switch (tool) {
+    case ToolTypeSelect:
+        m_toolSelectionControl->setSelectedSegment(0);
+        break;
+    case ToolTypeImageStamp:
+        m_toolSelectionControl->setSelectedSegment(1);
+        if (!ImageStampSelectionController::sharedImageStampSelection().showModal(*this)) {
+            tool = ToolTypeSelect;
+            m_toolSelectionControl->setSelectedSegment(0);
+        }
+        break;
+    case ToolTypeTextStamp:
+        m_toolSelectionControl->setSelectedSegment(2);
+        break;
+    default:
+        break;
+    }
+    m_pdfView->setCurrentToolType(tool);
+    m_currentToolType = tool;
+    if (tool == ToolTypeImageStamp && m_imageStampViewImage)
+        m_statusBar->showInlineMessage(tr("Click where the signature belongs."), DocumentStatusBar::Stay::AWhile);
+}
+
+void PDFWindowController::setImageStampViewImage(const ImagePtr &image)
+{
+    if (image == m_imageStampViewImage)
+        return;
+    m_imageStampViewImage = image;
+    showSignatureImage();
+    m_pdfView->setStampImage(image);
+}
+
+bool PDFWindowController::keyDown(QKeyEvent &event)
+{
+    if (hasAnyModifier(event))
+        return false;
+    switch (physicalKey(event)) {
+    case PhysicalKey::V:
+        setCurrentToolType(ToolTypeSelect);
+        return true;
+    case PhysicalKey::S:
+        setCurrentToolType(ToolTypeImageStamp);
+        return true;
+    default:
+        return false;
+    }
+}
+
+void PDFWindowController::showDocumentState()
+{
+    if (!m_pdfDoc)
+        return;
+    const bool isOpen = m_pdfDoc->state() == PDFDocument::State::Open;
+    if (isOpen) {
+        m_pageArea->setCurrentWidget(m_pdfView);
+        m_pdfView->setFocus();
+        if (!std::exchange(m_hasChosenFirstZoom, true)) {
+            m_pdfView->fitPageWidth();
+            m_pdfView->setScaleFactor(std::min(m_pdfView->scaleFactor(), maxFirstZoom));
+            m_pdfView->goToPage(0);
+        }
+    } else {
+        m_statePage->showState(*m_pdfDoc, document() ? document()->displayName() : QString());
+        m_pageArea->setCurrentWidget(m_statePage);
+    }
+    m_toolSelectionControl->setEnabled(isOpen);
+    showGeometryState();
+    showCurrentPage();
+    showZoomFactor();
+}
+
+void PDFWindowController::showGeometryState()
+{
+    updatePageCommands();
+    m_statusBar->showInlineMessage(m_pdfDoc->state() == PDFDocument::State::Open ? m_pdfDoc->readOnlyReason()
+                                                                                 : QString(),
+                                   DocumentStatusBar::Stay::UntilReplaced);
+}
+
+void PDFWindowController::showSignatureImage()
+{
+    QAction *item = window()->findChild<QAction *>(QStringLiteral("imageStampToolbarItem"));
+    if (item)
+        item->setVisible(m_imageStampViewImage != nullptr);
+    if (!m_imageStampViewImage)
+        return;
+    const QSize frame = m_imageStampToolbarImageView->iconSize();
+    const double ratio = m_imageStampToolbarImageView->devicePixelRatioF();
+    const QImage fitted = m_imageStampViewImage->pixels()
+                              .convertToFormat(QImage::Format_ARGB32_Premultiplied)
+                              .scaled((QSizeF(frame) * ratio).toSize(), Qt::KeepAspectRatio, Qt::SmoothTransformation);
+    m_imageStampToolbarImageView->setIcon(QIcon(QPixmap::fromImage(fitted)));
+}

@@ -1,0 +1,20 @@
+#pragma once
+
+#include <QWidget>
+
+/// The container of what lies over the pages: the hover highlight, the selection overlay and the stamp toolbar. A child
+/// of the editing view's viewport that covers it; its space runs downward from the top. Takes no events itself: presses
+/// on its empty area reach the editing view.
+class KRPDFOverlayView : public QWidget
+{
+    Q_OBJECT
+
+public:
+    explicit KRPDFOverlayView(QWidget *viewport);
+
+    /// y grows downward in this view's space.
+    bool isFlipped() const { return true; }
+
+private:
+    bool eventFilter(QObject *watched, QEvent *event) override;
+};

@@ -1,0 +1,105 @@
+// The page commands of the editing view: zoom to fit, turning a page, turning the whole document.
+
+#include "V1/editing/KRPDFView.h"
+
+#include "platform/pdf/PDFDocument.h"
+
+#include <algorithm>
+#include <cmath>
+
+using namespace inkory;
+
+namespace
+{
+
+// What is left free around a page that is fitted into the view.
+constexpr double fitMargin = 0.95;
+
+float fittingFactor(double viewLength, double pageLength)
+{
+    return static_cast<float>(viewLength / pageLength * fitMargin);
+}
+
+} // namespace
+
+void KRPDFView::zoomActualSize()
+{
+    setScaleFactor(1.0);
+}
+
+void KRPDFView::fitPageWidth()
+{
+    const PDFPage *page = currentPage();
+    const PageRect media = page ? page->boundsForBox(DisplayBox::MediaBox) : PageRect{};
+    if (!media.isEmpty())
+        setScaleFactor(static_cast<double>(fittingFactor(viewBounds().width, media.width)));
+}
+
+void KRPDFView::fitPageSize()
+{
+    const PDFPage *page = currentPage();
+    const PageRect media = page ? page->boundsForBox(DisplayBox::MediaBox) : PageRect{};
+    if (media.isEmpty())
+        return;
+    const float factor =
+        std::min(fittingFactor(viewBounds().width, media.width), fittingFactor(viewBounds().height, media.height));
+    setScaleFactor(static_cast<double>(factor));
+}
+
+void KRPDFView::rotateCurrentPageClockwise()
+{
+    rotateCurrentPageByAngle(90);
+}
+
+void KRPDFView::rotateCurrentPageCounterClockwise()
+{
+    rotateCurrentPageByAngle(-90);
+}
+
+void KRPDFView::rotateCurrentPageByAngle(double angle)
+{
+    if (PDFPage *page = currentPage())
+        rotatePageByAngle(*page, angle);
+}
+
+void KRPDFView::rotateCurrentPageByAngleObject(const QVariantMap &step)
+{
+    PDFPage *page = step.value(QStringLiteral("page")).value<PDFPage *>();
+    const int index = document() ? document()->indexForPage(page) : -1;
+    if (index < 0)
+        return;
+    // The person may have gone on to another page since: undo shows what it undoes, and turns the page that was turned.
+    if (page != currentPage())
+        goToPage(index);
+    rotatePageByAngle(*page, static_cast<double>(step.value(QStringLiteral("angle")).toFloat()));
+}
+
+void KRPDFView::rotatePageByAngle(PDFPage &page, double angle)
+{
+    if (angle == 0)
+        return;
+    page.setRotation(static_cast<int>(std::trunc(page.rotation() + angle)));
+    annotationsChangedOnPage(&page);
+    layoutDocumentView();
+    registerUndo(QStringLiteral("rotateCurrentPageByAngleObject"),
+                 QVariantMap{{QStringLiteral("page"), QVariant::fromValue<PDFPage *>(&page)},
+                             {QStringLiteral("angle"), static_cast<float>(-angle)}},
+                 "Rotate");
+    updateStampViewOverlay();
+}
+
+void KRPDFView::flipDocument()
+{
+    if (!document())
+        return;
+    const int count = document()->pageCount();
+    for (int i = 0; i < count; ++i) {
+        PDFPage *page = document()->pageAtIndex(i);
+        page->setRotation(page->rotation() + 180);
+    }
+    for (int i = 0; i <= (count - 1) / 2; ++i)
+        document()->exchangePages(i, count - 1 - i);
+    layoutDocumentView();
+    registerUndo(QStringLiteral("flipDocument"), {}, "Rotate Document");
+    updateStampViewOverlay();
+}

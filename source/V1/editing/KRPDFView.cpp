@@ -1,0 +1,321 @@
+#include "V1/editing/KRPDFView.h"
+
+#include "V1/editing/FrameBounds.h"
+#include "V1/editing/StampViewOverlay.h"
+#include "V1/stamps/KRImageStamp.h"
+#include "V1/stamps/KRPDFPage.h"
+#include "platform/core/LocalizedStrings.h"
+#include "platform/core/PhysicalKeys.h"
+#include "platform/pdf/PDFDocument.h"
+
+#include <QKeyEvent>
+#include <QMouseEvent>
+
+#include <algorithm>
+
+using namespace inkory;
+
+namespace
+{
+
+const QString addStampViewOperation = QStringLiteral("addStampView");
+const QString deleteStampViewOperation = QStringLiteral("deleteStampView");
+const QString rotatePageOperation = QStringLiteral("rotateCurrentPageByAngleObject");
+const QString flipDocumentOperation = QStringLiteral("flipDocument");
+
+} // namespace
+
+KRPDFView::KRPDFView(QWidget *parent) : PDFView(parent), m_overlays(*this) {}
+
+KRPDFView::~KRPDFView() = default;
+
+void KRPDFView::awakeFromNib()
+{
+    m_overlays.setUp();
+    connect(this, &PDFView::currentPageChanged, this, &KRPDFView::updateStampViewOverlay);
+    connect(this, &PDFView::scaleFactorChanged, this, &KRPDFView::updateStampViewOverlay);
+    if (m_rotateStampCWButton)
+        connect(m_rotateStampCWButton, &QAbstractButton::clicked, this, &KRPDFView::rotateSelectedStampClockwise);
+    if (m_rotateStampCCWButton)
+        connect(m_rotateStampCCWButton, &QAbstractButton::clicked, this,
+                &KRPDFView::rotateSelectedStampCounterClockwise);
+}
+
+void KRPDFView::windowDidLoad()
+{
+    connect(this, &PDFView::contentViewBoundsChanged, this, &KRPDFView::updateStampViewOverlay);
+}
+
+ViewRect KRPDFView::stampRect(const KRStamp &stamp) const
+{
+    return convertRectFromPage(stamp.frame(), stamp.pdfPage());
+}
+
+std::shared_ptr<KRStamp> KRPDFView::stampViewForPoint(const ViewPoint &point) const
+{
+    const auto found = std::find_if(m_stampViews.begin(), m_stampViews.end(),
+                                    [&](const auto &stamp) { return stampRect(*stamp).contains(point); });
+    return found != m_stampViews.end() ? *found : nullptr;
+}
+
+void KRPDFView::setSelectedStampView(const std::shared_ptr<KRStamp> &stamp)
+{
+    if (stamp && stamp == m_selectedStampView)
+        return;
+    if (m_selectedStampView)
+        m_selectedStampView->setStampMode(StampModeNormal);
+    const std::shared_ptr<KRStamp> former = std::exchange(m_selectedStampView, stamp);
+    setFocus();
+    if (stamp) {
+        stamp->setStampMode(StampModeSelected);
+        if (StampViewOverlay *overlay = m_overlays.stampViewOverlay())
+            overlay->setResizable(stamp->stampType() != StampTypeText);
+        const auto place = std::find(m_stampViews.begin(), m_stampViews.end(), stamp);
+        if (place != m_stampViews.end())
+            std::rotate(m_stampViews.begin(), place, place + 1);
+        setNeedsDisplayInRect(stampRect(*stamp));
+    }
+    if (former && former->pdfPage())
+        setNeedsDisplayInRect(stampRect(*former));
+    updateStampViewOverlay();
+    Q_EMIT selectionChanged();
+}
+
+void KRPDFView::setCurrentToolType(ToolType tool)
+{
+    if (tool == ToolTypeImageStamp || tool == ToolTypeTextStamp)
+        setSelectedStampView(nullptr);
+    m_currentToolType = tool;
+    if (m_pointer)
+        updateCurrentCursor(*m_pointer);
+}
+
+void KRPDFView::updateCurrentCursor(const ViewPoint &point)
+{
+    m_overlays.updateCurrentCursor(point, stampViewForPoint(point).get());
+}
+
+void KRPDFView::addImageStampView(const ViewPoint &point)
+{
+    if (!m_stampImage)
+        return;
+    auto *page = dynamic_cast<KRPDFPage *>(pageForPoint(point, PageSearch::Nearest));
+    if (!page || !document()->canSave()) {
+        Q_EMIT placementRefused();
+        return;
+    }
+    const PagePoint center = convertPointToPage(point, page);
+    addStampView(KRImageStamp::create(m_stampImage, {center.x, center.y, 0, 0}, this, page));
+    NotificationCenter::defaultCenter().post(pdfViewAddedImageStampNotification, this);
+}
+
+void KRPDFView::addStampView(const std::shared_ptr<KRStamp> &stamp)
+{
+    m_stampViews.insert(m_stampViews.begin(), stamp);
+    setSelectedStampView(stamp);
+    stamp->setup();
+    updateStampViewOverlay();
+    registerUndo(deleteStampViewOperation, QVariant::fromValue(stamp), "Add/Delete Stamp");
+    NotificationCenter::defaultCenter().addObserver(
+        this, stampViewNeedsRefreshNotification, stamp.get(),
+        [this, changed = std::weak_ptr(stamp)](const Notification &notification) {
+            if (const auto alive = changed.lock())
+                stampViewNeedsRefresh(*alive, notification);
+        });
+    annotationsChangedOnPage(stamp->pdfPage());
+}
+
+void KRPDFView::deleteStampView(const std::shared_ptr<KRStamp> &stamp)
+{
+    const std::shared_ptr<KRStamp> kept = stamp; // the list may hold the last reference
+    std::erase(m_stampViews, kept);
+    if (kept == m_selectedStampView)
+        setSelectedStampView(nullptr);
+    setNeedsDisplayInRect(stampRect(*kept));
+    kept->cleanup();
+    registerUndo(addStampViewOperation, QVariant::fromValue(kept), "Add/Delete Stamp");
+    annotationsChangedOnPage(kept->pdfPage());
+}
+
+void KRPDFView::deleteSelectedStampView()
+{
+    if (m_selectedStampView)
+        deleteStampView(m_selectedStampView);
+}
+
+void KRPDFView::forceBoundsForSelectedStampView()
+{
+    if (!m_selectedStampView)
+        return;
+    const KRPDFPage *page = m_selectedStampView->pdfPage();
+    const PageRect frame = m_selectedStampView->frame();
+    const PageRect bounded = frameWithCenterInBox(frame, page ? page->boundsForBox(DisplayBox::MediaBox) : PageRect{});
+    if (bounded == frame)
+        return;
+    m_selectedStampView->setFrame(bounded);
+    updateStampViewOverlay();
+}
+
+void KRPDFView::rotateSelectedStampClockwise()
+{
+    if (!m_selectedStampView)
+        return;
+    m_selectedStampView->rotateClockwise();
+    annotationsChangedOnPage(m_selectedStampView->pdfPage());
+}
+
+void KRPDFView::rotateSelectedStampCounterClockwise()
+{
+    if (!m_selectedStampView)
+        return;
+    m_selectedStampView->rotateCounterClockwise();
+    annotationsChangedOnPage(m_selectedStampView->pdfPage());
+}
+
+void KRPDFView::stampViewNeedsRefresh(const KRStamp &stamp, const Notification &notification)
+{
+    setNeedsDisplayInRect(stampRect(stamp));
+    if (!notification.userInfo.isEmpty()) {
+        const auto former = notification.userInfo.value(QStringLiteral("frame")).value<PageRect>();
+        setNeedsDisplayInRect(convertRectFromPage(former, stamp.pdfPage()));
+    }
+    updateStampViewOverlay();
+    annotationsChangedOnPage(stamp.pdfPage());
+}
+
+void KRPDFView::viewWillDraw()
+{
+    updateStampViewOverlay();
+    if (m_pointer)
+        updateHighlightOverlay(*m_pointer);
+    PDFView::viewWillDraw();
+}
+
+void KRPDFView::mouseDoubleClickEvent(QMouseEvent *event)
+{
+    mousePressEvent(event); // the second press of two is a press like any other
+}
+
+void KRPDFView::mousePressEvent(QMouseEvent *event)
+{
+    if (event->button() != Qt::LeftButton) {
+        PDFView::mousePressEvent(event);
+        return;
+    }
+    m_overlays.hideHighlight();
+    const ViewPoint point{event->position().x(), height() - event->position().y()};
+    std::shared_ptr<KRStamp> hit = stampViewForPoint(point);
+    bool onToolbar = m_overlays.toolbarRect().contains(point);
+    m_press.mayEnterEditMode = false;
+    if (placeStampAtPress(point, hit.get()))
+        return;
+    const bool isKnownTool = m_currentToolType >= ToolTypeSelect && m_currentToolType <= ToolTypeTextStamp;
+    if (!hit && !onToolbar && !isKnownTool) {
+        m_press.lastDragLocation = point;
+        return;
+    }
+    hit = claimPress(point, hit, onToolbar);
+    m_press.lastDragLocation = point;
+    if (!hit) {
+        setSelectedStampView(nullptr);
+        PDFView::mousePressEvent(event);
+        return;
+    }
+    m_press.mayEnterEditMode = !onToolbar && hit == m_selectedStampView;
+    setSelectedStampView(hit);
+    m_press.resizing = stampOverlayResizeRect().contains(point) && hit->stampType() != StampTypeText;
+    event->accept();
+}
+
+// With a stamp tool on empty space a press places a stamp and ends there. The image tool does not ask for the toolbar.
+bool KRPDFView::placeStampAtPress(const ViewPoint &point, const KRStamp *hit)
+{
+    if (hit || m_currentToolType != ToolTypeImageStamp)
+        return false;
+    m_press.mouseDownInStampView = false;
+    if (getDocumentViewFrameInPDFViewCords().contains(point))
+        addImageStampView(point);
+    return true;
+}
+
+// Which stamp the press grabs: the one under it, or the selected one by its overlay or by the toolbar's background.
+std::shared_ptr<KRStamp> KRPDFView::claimPress(const ViewPoint &point, std::shared_ptr<KRStamp> hit, bool &onToolbar)
+{
+    m_press.mouseDownInStampView = false;
+    if (!m_selectedStampView || m_selectedStampView->stampMode() != StampModeEditing) {
+        if (!hit && m_selectedStampView && m_overlays.selectionRect().contains(point))
+            hit = m_selectedStampView;
+        m_press.mouseDownInStampView = hit != nullptr;
+    }
+    if (!m_press.mouseDownInStampView && m_selectedStampView && m_overlays.isToolbarShown() &&
+        m_overlays.toolbarRect().contains(point)) {
+        m_press.mouseDownInStampView = true;
+        m_selectedStampView->setStampMode(StampModeNormal);
+        hit = m_selectedStampView;
+        setFocus();
+        onToolbar = true;
+    }
+    return hit;
+}
+
+void KRPDFView::mouseReleaseEvent(QMouseEvent *event)
+{
+    m_press.mouseDownInStampView = false;
+    if (m_selectedStampView && (m_press.resizing || m_selectedStampView->stampMode() == StampModeDragging)) {
+        m_selectedStampView->setStampMode(StampModeSelected);
+        annotationsChangedOnPage(m_selectedStampView->pdfPage());
+    }
+    m_press.resizing = false;
+    if (m_selectedStampView) {
+        forceBoundsForSelectedStampView();
+        setNeedsDisplayInRect(stampRect(*m_selectedStampView));
+        m_selectedStampView->trackFrameAndPageChanges();
+    }
+    PDFView::mouseReleaseEvent(event);
+}
+
+void KRPDFView::mouseMoveEvent(QMouseEvent *event)
+{
+    m_pointer = ViewPoint{event->position().x(), height() - event->position().y()};
+    if (event->buttons() == Qt::NoButton)
+        updateHighlightOverlay(*m_pointer);
+    PDFView::mouseMoveEvent(event);
+}
+
+void KRPDFView::leaveEvent(QEvent *event)
+{
+    m_pointer.reset();
+    m_overlays.hideHighlight();
+    PDFView::leaveEvent(event);
+}
+
+void KRPDFView::keyPressEvent(QKeyEvent *event)
+{
+    const PhysicalKey key = physicalKey(*event);
+    if ((key == PhysicalKey::Backspace || key == PhysicalKey::ForwardDelete) && m_selectedStampView)
+        deleteSelectedStampView();
+    else
+        PDFView::keyPressEvent(event);
+}
+
+void KRPDFView::performUndoOperation(const QString &operation, const QVariant &argument)
+{
+    if (operation == addStampViewOperation)
+        addStampView(argument.value<std::shared_ptr<KRStamp>>());
+    else if (operation == deleteStampViewOperation)
+        deleteStampView(argument.value<std::shared_ptr<KRStamp>>());
+    else if (operation == rotatePageOperation)
+        rotateCurrentPageByAngleObject(argument.toMap());
+    else if (operation == flipDocumentOperation)
+        flipDocument();
+    else
+        Q_ASSERT_X(false, "KRPDFView", "unknown undo operation");
+}
+
+void KRPDFView::registerUndo(const QString &operation, const QVariant &argument, const char *actionName)
+{
+    if (!m_undoManager)
+        return;
+    m_undoManager->registerUndo(*this, operation, argument);
+    m_undoManager->setActionName(localizedString(actionName));
+}

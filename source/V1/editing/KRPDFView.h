@@ -1,0 +1,150 @@
+#pragma once
+
+#include "V1/editing/OverlayTracking.h"
+#include "V1/editing/StampViewToolbar.h"
+#include "V1/editing/ToolType.h"
+#include "V1/stamps/StampHost.h"
+#include "platform/core/Image.h"
+#include "platform/core/NotificationCenter.h"
+#include "platform/core/UndoManager.h"
+#include "platform/widgets/PDFView.h"
+
+#include <QAbstractButton>
+#include <QPointer>
+
+#include <memory>
+#include <optional>
+#include <vector>
+
+class KRStamp;
+
+/// Posted with the view as object after it placed a stamp.
+inline const QString pdfViewAddedImageStampNotification = QStringLiteral("PDF_VIEW_ADDED_IMAGE_STAMP");
+
+/// The view in which stamps are placed, selected, turned and deleted over the pages of a document, and which carries
+/// the page commands. Stamps are no widgets: their pages draw them; this view keeps the list of the stamps that it
+/// placed, holds the one selection, and shows it with small overlay widgets. Owned by the document window. Points are
+/// in view space.
+class KRPDFView : public inkory::PDFView, public inkory::StampHost, public inkory::UndoTarget
+{
+    Q_OBJECT
+
+public:
+    using StampList = std::vector<std::shared_ptr<KRStamp>>;
+
+    explicit KRPDFView(QWidget *parent = nullptr);
+    ~KRPDFView() override;
+
+    /// First stage of set-up, once, when the toolbar and its buttons are there.
+    void awakeFromNib();
+    /// Second stage, once, when the view has its document: from now on scrolling is followed.
+    void windowDidLoad();
+
+    inkory::UndoManager *undoManager() const override { return m_undoManager; }
+    /// The document's; not owned.
+    void setUndoManager(inkory::UndoManager *undoManager) { m_undoManager = undoManager; }
+
+    // Outlets, from the window's layout; any may be missing.
+    StampViewToolbar *stampViewToolbar() const { return m_stampViewToolbar; }
+    void setStampViewToolbar(StampViewToolbar *toolbar) { m_stampViewToolbar = toolbar; }
+    QAbstractButton *rotateStampCWButton() const { return m_rotateStampCWButton; }
+    void setRotateStampCWButton(QAbstractButton *button) { m_rotateStampCWButton = button; }
+    QAbstractButton *rotateStampCCWButton() const { return m_rotateStampCCWButton; }
+    void setRotateStampCCWButton(QAbstractButton *button) { m_rotateStampCCWButton = button; }
+
+    /// Every stamp placed through this view, in the order of hit-testing: the first one wins where stamps overlap.
+    const StampList &stampViews() const { return m_stampViews; }
+    /// The first stamp whose rectangle on screen contains the point, or none.
+    std::shared_ptr<KRStamp> stampViewForPoint(const inkory::ViewPoint &point) const;
+    /// The stamp's rectangle on screen.
+    inkory::ViewRect stampRect(const KRStamp &stamp) const;
+
+    KRStamp *selectedStampView() const { return m_selectedStampView.get(); }
+    /// None clears the selection. The stamp already selected: nothing at all.
+    void setSelectedStampView(const std::shared_ptr<KRStamp> &stamp);
+
+    ToolType currentToolType() const { return m_currentToolType; }
+    /// The stamp tools clear the selection.
+    void setCurrentToolType(ToolType tool);
+
+    /// The image that new image stamps show; none at first.
+    const inkory::ImagePtr &stampImage() const { return m_stampImage; }
+    void setStampImage(const inkory::ImagePtr &image) { m_stampImage = image; }
+
+    /// Places a stamp with the stamp image centred on the point of the nearest page, and selects it. Does nothing
+    /// without an image; says placementRefused() while the document takes no stamps.
+    void addImageStampView(const inkory::ViewPoint &point);
+    void addStampView(const std::shared_ptr<KRStamp> &stamp);
+    void deleteStampView(const std::shared_ptr<KRStamp> &stamp);
+    void deleteSelectedStampView();
+    /// Moves the selected stamp so that its centre lies within its page's media box; registers no undo.
+    void forceBoundsForSelectedStampView();
+    void rotateSelectedStampClockwise();
+    void rotateSelectedStampCounterClockwise();
+
+    void zoomActualSize();
+    void fitPageWidth();
+    void fitPageSize();
+    void rotateCurrentPageClockwise();
+    void rotateCurrentPageCounterClockwise();
+    /// Degrees clockwise, with undo; 0 does nothing.
+    void rotateCurrentPageByAngle(double angle);
+    /// Turns every page by 180 degrees and reverses their order, with undo; is its own opposite.
+    void flipDocument();
+
+    void updateStampViewOverlay() { m_overlays.updateStampViewOverlay(); }
+    void updateHighlightOverlay(const inkory::ViewPoint &point) { m_overlays.updateHighlightOverlay(point); }
+    void updateCurrentCursor(const inkory::ViewPoint &point);
+    inkory::ViewRect stampOverlayResizeRect() const { return m_overlays.stampOverlayResizeRect(); }
+    /// The laid-out pages with their margins, in view space.
+    inkory::ViewRect getDocumentViewFrameInPDFViewCords() const { return documentViewFrame(); }
+    const OverlayTracking &overlays() const { return m_overlays; }
+    /// A resize of the selected stamp is in progress.
+    bool isResizing() const { return m_press.resizing; }
+
+    void performUndoOperation(const QString &operation, const QVariant &argument) override;
+
+Q_SIGNALS:
+    /// A click wanted to place a stamp, but the document takes none (yet).
+    void placementRefused();
+    void selectionChanged();
+
+protected:
+    void viewWillDraw() override;
+    void mousePressEvent(QMouseEvent *event) override;
+    void mouseDoubleClickEvent(QMouseEvent *event) override;
+    void mouseReleaseEvent(QMouseEvent *event) override;
+    void mouseMoveEvent(QMouseEvent *event) override;
+    void leaveEvent(QEvent *event) override;
+    void keyPressEvent(QKeyEvent *event) override;
+
+private:
+    /// The state of the pointer press; the flags survive between presses as far as their names say.
+    struct Press
+    {
+        bool mouseDownInStampView = false; ///< The press may drag the selected stamp.
+        bool resizing = false;             ///< It began on the resize handle.
+        bool mayEnterEditMode = false;     ///< It landed again on the selected stamp, and nothing was dragged since.
+        inkory::ViewPoint lastDragLocation;
+    };
+
+    bool placeStampAtPress(const inkory::ViewPoint &point, const KRStamp *hit);
+    std::shared_ptr<KRStamp> claimPress(const inkory::ViewPoint &point, std::shared_ptr<KRStamp> hit, bool &onToolbar);
+    /// Undo of a page's turning: {"page", "angle" in degrees}.
+    void rotateCurrentPageByAngleObject(const QVariantMap &step);
+    void rotatePageByAngle(inkory::PDFPage &page, double angle);
+    void stampViewNeedsRefresh(const KRStamp &stamp, const inkory::Notification &notification);
+    void registerUndo(const QString &operation, const QVariant &argument, const char *actionName);
+
+    QPointer<inkory::UndoManager> m_undoManager;
+    QPointer<StampViewToolbar> m_stampViewToolbar;
+    QPointer<QAbstractButton> m_rotateStampCWButton;
+    QPointer<QAbstractButton> m_rotateStampCCWButton;
+    StampList m_stampViews;
+    std::shared_ptr<KRStamp> m_selectedStampView;
+    inkory::ImagePtr m_stampImage;
+    ToolType m_currentToolType = ToolTypeSelect;
+    Press m_press;
+    std::optional<inkory::ViewPoint> m_pointer; // none while the pointer is elsewhere
+    OverlayTracking m_overlays;
+};

@@ -1,0 +1,64 @@
+#pragma once
+
+#include "platform/core/Geometry.h"
+
+#include <QCursor>
+#include <QSizeF>
+
+class KRPDFOverlayView;
+class KRPDFView;
+class KRStamp;
+class StampViewOverlay;
+class StampViewToolbar;
+
+/// Keeps what lies over the pages in step with the selection and the pointer: the selection overlay, the hover
+/// highlight, the stamp toolbar and the cursor. A part of the editing view, which asks for an update after nearly every
+/// change. Nothing here has a state that matters: every update works everything out anew, and setters that change
+/// nothing do nothing.
+class OverlayTracking
+{
+public:
+    explicit OverlayTracking(KRPDFView &view);
+
+    /// Makes the container and both overlays and takes the view's toolbar in; once.
+    void setUp();
+
+    void updateStampViewOverlay();
+    void updateHighlightOverlay(const inkory::ViewPoint &point);
+    void updateCurrentCursor(const inkory::ViewPoint &point, const KRStamp *stampAtPoint);
+    void hideHighlight();
+
+    /// The resize handle in view space: the lower right corner of the selection overlay, as large as the resize
+    /// cursor's image, whether or not the overlay is shown.
+    inkory::ViewRect stampOverlayResizeRect() const;
+    /// The selection overlay's frame in view space.
+    inkory::ViewRect selectionRect() const;
+    /// The toolbar's frame in view space, whether or not it is shown; empty without a toolbar.
+    inkory::ViewRect toolbarRect() const;
+    bool isToolbarShown() const;
+
+    KRPDFOverlayView *clipView() const { return m_clipView; }
+    StampViewOverlay *stampViewOverlay() const { return m_stampViewOverlay; }
+    StampViewOverlay *highlightedViewOverlay() const { return m_highlightedViewOverlay; }
+
+    // Shared by all views of the process and made by the first one.
+    static const QCursor &imageStampCursor();
+    static const QCursor &resizeCursor();
+    /// In device-independent pixels; also the size of the resize handle.
+    static QSizeF resizeCursorSize();
+
+private:
+    enum class CursorKind { None, Arrow, IBeam, ImageStamp, Resize };
+
+    void updateButtons(const KRStamp *selected);
+    void layOutToolbar();
+    void placeToolbar(const inkory::OverlayRect &stampRect);
+    CursorKind cursorFor(const inkory::ViewPoint &point, const KRStamp *stampAtPoint) const;
+
+    // The widgets are children of the view's viewport and live as long as it does.
+    KRPDFView &m_view;
+    KRPDFOverlayView *m_clipView = nullptr;
+    StampViewOverlay *m_stampViewOverlay = nullptr;
+    StampViewOverlay *m_highlightedViewOverlay = nullptr;
+    CursorKind m_cursor = CursorKind::None;
+};

@@ -1,0 +1,373 @@
+#include "V1/library/ImageStampCollection.h"
+
+#include "V1/library/NSFileManager+DirectoryLocations.h"
+#include "V1/library/SignatureListStore.h"
+#include "platform/core/DurableFile.h"
+#include "platform/core/Log.h"
+#include "platform/widgets/Alert.h"
+
+#include <QDir>
+#include <QFile>
+#include <QFileInfo>
+#include <QPlainTextEdit>
+#include <QUuid>
+
+#include <optional>
+
+using inkory::Error;
+using inkory::Image;
+using inkory::ImagePtr;
+using inkory::logLine;
+using inkory::Result;
+
+namespace
+{
+
+constexpr unsigned onlyForTheOwner = 0600;
+constexpr qint64 largestFileMegabytes = 256;
+constexpr QLatin1String signaturesFolderName("signatures");
+constexpr QLatin1String formerSignaturesFolder("/library/application support/inkory/signatures/");
+constexpr QSize noticeSize(400, 100);
+
+/// What the class itself remembers for the life of the process.
+struct ClassState
+{
+    std::optional<QUrl> signaturesUrl;
+    std::unique_ptr<ImageStampCollection> shared;
+};
+
+ClassState &classState()
+{
+    static ClassState state;
+    return state;
+}
+
+QUrl findSignaturesUrl()
+{
+    const auto support = inkory::applicationSupportDirectory();
+    return support ? QUrl::fromLocalFile(*support + QLatin1Char('/') + signaturesFolderName + QLatin1Char('/'))
+                   : QUrl();
+}
+
+/// Without the slash at its end.
+QString signaturesPath()
+{
+    return ImageStampCollection::applicationSupportSignaturesUrl().adjusted(QUrl::StripTrailingSlash).toLocalFile();
+}
+
+QString uniquePath(const QString &extension)
+{
+    return QStringLiteral("%1/%2.%3")
+        .arg(signaturesPath(), QUuid::createUuid().toString(QUuid::WithoutBraces), extension);
+}
+
+QString keyFor(const QUrl &url)
+{
+    return QString::fromLatin1(url.toEncoded());
+}
+
+inkory::SignatureListStore listStore()
+{
+    const QString path = signaturesPath();
+    return inkory::SignatureListStore(path.isEmpty() ? QString() : path + QStringLiteral(".json"));
+}
+
+std::unique_ptr<QWidget> makeNoticeText()
+{
+    auto text = std::make_unique<QPlainTextEdit>();
+    text->setReadOnly(true);
+    text->setFrameShape(QFrame::NoFrame);
+    text->viewport()->setAutoFillBackground(false);
+    text->setFixedSize(noticeSize);
+    text->setTabChangesFocus(true);
+    const QStringList paragraphs{
+        ImageStampCollection::tr(
+            "Inkory has been upgraded to support Apple's application sandbox guidelines for increased security."),
+        ImageStampCollection::tr(
+            "As a result, Inkory cannot access files on your hard drive without your explicit approval. Your signature "
+            "files can be re-added safely to Inkory by using the \"Add Image from Disk\" option in the signature "
+            "selection "
+            "window."),
+        ImageStampCollection::tr("(this message will be only displayed once)")};
+    text->setPlainText(paragraphs.join(QStringLiteral("\n\n")));
+    return text;
+}
+
+void showNotice()
+{
+    inkory::Alert alert;
+    alert.style = inkory::Alert::Style::Informational;
+    alert.messageText = ImageStampCollection::tr("Notice about signature files");
+    alert.buttons = {ImageStampCollection::tr("OK")};
+    alert.accessoryView = makeNoticeText;
+    alert.runModal();
+}
+
+Result<QByteArray> readWhole(const QString &path)
+{
+    QFile file(path);
+    if (!file.open(QIODevice::ReadOnly))
+        return Error{file.errorString()};
+    if (file.size() > largestFileMegabytes * 1024 * 1024)
+        return Error{ImageStampCollection::tr("The file is larger than %1 MB.").arg(largestFileMegabytes)};
+    const QByteArray bytes = file.readAll();
+    if (file.error() != QFileDevice::NoError || bytes.isEmpty())
+        return Error{file.error() != QFileDevice::NoError ? file.errorString()
+                                                          : ImageStampCollection::tr("The file is empty.")};
+    return bytes;
+}
+
+Error refusal(const QUrl &url)
+{
+    const QFileInfo file(url.toLocalFile());
+    if (url.isLocalFile() && file.isDir())
+        return {ImageStampCollection::tr("This is a folder.")};
+    if (!url.isLocalFile() || !file.exists())
+        return {ImageStampCollection::tr("There is no such file.")};
+    return {ImageStampCollection::tr("This is not an image file that can be read.")};
+}
+
+} // namespace
+
+ImageStampCollection &ImageStampCollection::sharedImageStampCollection()
+{
+    auto &shared = classState().shared;
+    if (!shared) {
+        shared.reset(new ImageStampCollection);
+        shared->load(); // after it is in place: the notice runs the event loop
+    }
+    return *shared;
+}
+
+ImageStampCollection::ImageStampCollection() = default;
+ImageStampCollection::~ImageStampCollection() = default;
+
+void ImageStampCollection::forgetSharedState()
+{
+    classState() = {};
+}
+
+const QStringList &ImageStampCollection::stampViewFileTypes()
+{
+    static const QStringList types = Image::fileExtensions();
+    return types;
+}
+
+bool ImageStampCollection::validateImageUrl(const QUrl &url)
+{
+    const QFileInfo file(url.toLocalFile());
+    return url.isLocalFile() && file.isFile() && stampViewFileTypes().contains(file.suffix());
+}
+
+QUrl ImageStampCollection::applicationSupportSignaturesUrl()
+{
+    auto &url = classState().signaturesUrl;
+    if (!url)
+        url = findSignaturesUrl();
+    return *url;
+}
+
+qsizetype ImageStampCollection::count()
+{
+    return sharedImageStampCollection().m_imageStampListIndex.size();
+}
+
+ImagePtr ImageStampCollection::stampImageAtIndex(qsizetype index)
+{
+    const auto &shared = sharedImageStampCollection();
+    return shared.m_imageStampList.value(shared.m_imageStampListIndex.value(index));
+}
+
+void ImageStampCollection::removeStampImageAtIndex(qsizetype index)
+{
+    sharedImageStampCollection().removeEntry(index);
+}
+
+int ImageStampCollection::addImages(const QList<QUrl> &urls)
+{
+    return sharedImageStampCollection().addFiles(urls);
+}
+
+int ImageStampCollection::addImages(const QStringList &paths)
+{
+    QList<QUrl> urls;
+    for (const QString &path : paths)
+        urls.append(QUrl::fromLocalFile(QFileInfo(path).absoluteFilePath()));
+    return sharedImageStampCollection().addFiles(urls);
+}
+
+ImagePtr ImageStampCollection::saveImageToUserData(const ImagePtr &image)
+{
+    return sharedImageStampCollection().saveImage(image);
+}
+
+QStringList ImageStampCollection::problems()
+{
+    return sharedImageStampCollection().m_problems;
+}
+
+void ImageStampCollection::load()
+{
+    const auto stored = listStore().read();
+    QList<QUrl> filesToAddAgain;
+    for (const QString &storedString : stored.urls) {
+        QUrl url(storedString);
+        if (stored.migrationDone || migrateEntry(storedString, url, filesToAddAgain))
+            loadEntry(url);
+    }
+    if (!filesToAddAgain.isEmpty())
+        showNotice();
+    persist();
+}
+
+/// Whether the entry of an early version stays; its URL then names the file in today's folder.
+bool ImageStampCollection::migrateEntry(const QString &storedString, QUrl &url, QList<QUrl> &filesToAddAgain) const
+{
+    const QString path = url.path(QUrl::FullyDecoded);
+    if (!path.toLower().contains(formerSignaturesFolder)) {
+        if (QFileInfo::exists(path))
+            filesToAddAgain.append(url);
+        return false;
+    }
+    const QString name = storedString.mid(storedString.lastIndexOf(QLatin1Char('/')) + 1);
+    url = QUrl(keyFor(applicationSupportSignaturesUrl()) + name);
+    return QFileInfo::exists(url.toLocalFile());
+}
+
+void ImageStampCollection::loadEntry(const QUrl &url)
+{
+    const QString key = keyFor(url);
+    if (m_imageStampList.contains(key) || !validateImageUrl(url))
+        return;
+    const auto image = Image::fromFile(url.toLocalFile());
+    if (image)
+        insert(key, *image);
+    else
+        logLine(QStringLiteral("Unable to read image %1. error:\n%2").arg(key, image.error().message));
+}
+
+int ImageStampCollection::addFiles(const QList<QUrl> &urls)
+{
+    m_problems.clear();
+    if (!ensureSignaturesDirectory())
+        return -1;
+    qsizetype position = -1;
+    for (const QUrl &url : urls) {
+        const auto key = copyIntoLibrary(url);
+        if (key)
+            position = m_imageStampListIndex.indexOf(*key);
+        else
+            m_problems.append(tr("“%1” could not be added: %2")
+                                  .arg(url.adjusted(QUrl::StripTrailingSlash).fileName(), key.error().message));
+    }
+    persist();
+    return static_cast<int>(position);
+}
+
+Result<QString> ImageStampCollection::copyIntoLibrary(const QUrl &sourceUrl)
+{
+    if (!validateImageUrl(sourceUrl))
+        return refusal(sourceUrl);
+    const QString source = sourceUrl.toLocalFile();
+    const auto image = Image::fromFile(source);
+    if (!image) {
+        logLine(QStringLiteral("Unable to read image %1. error:\n%2").arg(keyFor(sourceUrl), image.error().message));
+        return image.error();
+    }
+    const QString destination = uniquePath(QFileInfo(source).suffix());
+    const QString key = keyFor(QUrl::fromLocalFile(destination));
+    const auto bytes = readWhole(source);
+    const auto copied = bytes ? inkory::replaceFileDurably(destination, *bytes, onlyForTheOwner) : bytes.error();
+    if (!copied) {
+        logLine(QStringLiteral("Unable to copy image %1 to user Application Support Directory (%2). error:\n%3")
+                    .arg(keyFor(sourceUrl), key, copied.error().message));
+        QFile::remove(destination); // it may be complete but not known to be on the disk
+        return copied.error();
+    }
+    insert(key, *image);
+    return key;
+}
+
+ImagePtr ImageStampCollection::saveImage(const ImagePtr &image)
+{
+    m_problems.clear();
+    if (!image || !ensureSignaturesDirectory())
+        return nullptr;
+    const QString path = uniquePath(QStringLiteral("png"));
+    const auto bytes = image->pngBytes();
+    const auto written = bytes ? inkory::replaceFileDurably(path, *bytes, onlyForTheOwner) : bytes.error();
+    if (!written) {
+        logLine(QStringLiteral("Unable to save image to '%1'").arg(path));
+        reportNotAdded(written.error().message);
+        return nullptr;
+    }
+    insert(keyFor(QUrl::fromLocalFile(path)), image);
+    persist();
+    return image;
+}
+
+void ImageStampCollection::removeEntry(qsizetype index)
+{
+    m_problems.clear();
+    if (index < 0 || index >= m_imageStampListIndex.size())
+        return;
+    const QString key = m_imageStampListIndex.at(index);
+    const QString path = QDir::cleanPath(QUrl(key).toLocalFile());
+    const QString folder = signaturesPath();
+    if (!folder.isEmpty() && path.startsWith(folder + QLatin1Char('/'), Qt::CaseInsensitive)) {
+        QFile file(path);
+        if (!file.remove()) {
+            logLine(QStringLiteral("error removing image file:\n %1").arg(file.errorString()));
+            m_problems.append(tr("The image file “%1” could not be deleted: %2").arg(path, file.errorString()));
+        }
+    }
+    m_imageStampList.remove(key);
+    m_imageStampListIndex.removeAt(index);
+    persist();
+}
+
+bool ImageStampCollection::ensureSignaturesDirectory()
+{
+    auto &url = classState().signaturesUrl;
+    if (!url || url->isEmpty()) // what was in the way when the process started may be gone now
+        url = findSignaturesUrl();
+    if (url->isEmpty()) {
+        reportNotAdded(tr("The folder for signatures cannot be created."));
+        return false;
+    }
+    const QString path = signaturesPath();
+    if (QFileInfo(path).isDir())
+        return true;
+    if (QFileInfo::exists(path)) {
+        logLine(
+            QStringLiteral("Unable to save image to user Application Support Directory. Location '%1' exists but isn't "
+                           "a directory!")
+                .arg(path));
+        reportNotAdded(tr("“%1” is in the way: it is a file, not a folder.").arg(path));
+        return false;
+    }
+    if (const auto made = inkory::createPrivateDirectory(path); !made) {
+        logLine(QStringLiteral("Unable to create signatures directory in Application Support '%1'! error:\n%2")
+                    .arg(path, made.error().message));
+        reportNotAdded(made.error().message);
+        return false;
+    }
+    return true;
+}
+
+void ImageStampCollection::reportNotAdded(const QString &reason)
+{
+    m_problems.append(tr("The signature could not be added: %1").arg(reason));
+}
+
+void ImageStampCollection::insert(const QString &key, const ImagePtr &image)
+{
+    m_imageStampList.insert(key, image);
+    m_imageStampListIndex.append(key);
+}
+
+void ImageStampCollection::persist()
+{
+    if (const auto written = listStore().write({m_imageStampListIndex, true}); !written)
+        m_problems.append(tr("The list of signatures could not be saved: %1").arg(written.error().message));
+}

@@ -1,0 +1,44 @@
+#pragma once
+
+#include "platform/core/Result.h"
+
+#include <QString>
+#include <QStringList>
+
+namespace inkory
+{
+
+/// Which image files belong to the library, as it is kept on disk: in the user defaults, and a second time in a file
+/// beside the images, because settings are what people delete, lose and damage.
+class SignatureListStore
+{
+public:
+    struct Contents
+    {
+        /// Fully percent-encoded file URLs in the library's order.
+        QStringList urls;
+        /// Whether the entries of early versions have been brought into today's folder.
+        bool migrationDone = false;
+
+        bool operator==(const Contents &) const = default;
+    };
+
+    /// `copyPath` is the file of the second copy; empty: there is none.
+    explicit SignatureListStore(QString copyPath) : m_copyPath(std::move(copyPath)) {}
+
+    /// The settings' list and flag. The second copy takes the place of both where the settings hold no list, or where
+    /// the last change reached the copy only.
+    Contents read() const;
+
+    /// Keeps both copies. Fails, with the reason, when neither could be written; every failure is logged.
+    Result<void> write(const Contents &contents) const;
+
+private:
+    struct Copy;
+
+    Copy readCopy() const;
+
+    QString m_copyPath;
+};
+
+} // namespace inkory

@@ -1,0 +1,20 @@
+#pragma once
+
+#include "platform/pdf/PDFDocument.h"
+
+/// A PDF document all of whose pages are KRPDFPage objects: pages that own stamps and draw them over their content.
+class KRPDFDocument : public inkory::PDFDocument
+{
+    Q_OBJECT
+
+public:
+    using PDFDocument::PDFDocument;
+
+    /// A page that is no stamped page yet becomes one on the way in: the document owns it alone, so nobody can hold on
+    /// to the object it was.
+    void insertPage(std::unique_ptr<inkory::PDFPage> page, int index) override;
+
+protected:
+    std::unique_ptr<inkory::PDFPage> makePage(const inkory::PageGeometry &geometry, int sourceIndex) const override;
+    bool pageHasOverlay(const inkory::PDFPage &page) const override;
+};

@@ -1,0 +1,251 @@
+#include "platform/pdf/DocumentFile.h"
+
+#include <QCoreApplication>
+#include <QDir>
+#include <QFile>
+#include <QFileInfo>
+#include <QRandomGenerator>
+
+#include <algorithm>
+#include <cerrno>
+#include <cstring>
+#include <limits>
+#include <vector>
+
+#include <fcntl.h>
+#include <linux/fs.h>
+#include <sys/ioctl.h>
+#include <sys/mman.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+namespace inkory
+{
+
+namespace
+{
+
+constexpr qint64 maxFileSize = std::numeric_limits<qint32>::max();
+
+class Descriptor
+{
+public:
+    explicit Descriptor(int number) : m_number(number) {}
+    ~Descriptor()
+    {
+        if (m_number >= 0)
+            ::close(m_number);
+    }
+    Descriptor(const Descriptor &) = delete;
+    Descriptor &operator=(const Descriptor &) = delete;
+
+    int number() const { return m_number; }
+
+private:
+    int m_number;
+};
+
+QString text(const char *sentence)
+{
+    return QCoreApplication::translate("DocumentFile", sentence);
+}
+
+QString systemMessage(int code)
+{
+    return QString::fromLocal8Bit(std::strerror(code));
+}
+
+Error openingError(int code, const QString &name)
+{
+    switch (code) {
+    case ENOENT:
+    case ENOTDIR:
+        return {text("\"%1\" does not exist.").arg(name)};
+    case EACCES:
+    case EPERM:
+        return {text("You are not allowed to read \"%1\".").arg(name)};
+    case EISDIR:
+        return {text("\"%1\" is a folder, not a document.").arg(name)};
+    case ENXIO: // a socket
+        return {text("\"%1\" is not a file that can be opened.").arg(name)};
+    default:
+        return {text("\"%1\" cannot be read: %2.").arg(name, systemMessage(code))};
+    }
+}
+
+Error copyingError(int code, const QString &name)
+{
+    if (code == ENOSPC || code == EDQUOT)
+        return {text("There is not enough space left in your home folder to open \"%1\".").arg(name)};
+    return {text("\"%1\" could not be copied for reading: %2.").arg(name, systemMessage(code))};
+}
+
+// Whether the two describe the same content, as far as the file system tells.
+bool sameContent(const struct stat &a, const struct stat &b)
+{
+    return a.st_size == b.st_size && a.st_mtim.tv_sec == b.st_mtim.tv_sec && a.st_mtim.tv_nsec == b.st_mtim.tv_nsec;
+}
+
+// Answers the folder, which exists then and is nobody else's to look into; 0 or the error code.
+int makeCopiesFolder(QString &folder)
+{
+    QString state = qEnvironmentVariable("XDG_STATE_HOME");
+    if (!QDir::isAbsolutePath(state))
+        state = QDir::homePath() + QStringLiteral("/.local/state");
+    errno = 0;
+    if (!QDir().mkpath(state))
+        return errno != 0 ? errno : EACCES;
+    folder = state;
+    for (const QString &part : {QStringLiteral("/inkory"), QStringLiteral("/documents")}) {
+        folder += part;
+        if (::mkdir(QFile::encodeName(folder).constData(), 0700) != 0 && errno != EEXIST)
+            return errno;
+    }
+    return 0;
+}
+
+int writeAll(int to, const char *data, ssize_t size)
+{
+    while (size > 0) {
+        const ssize_t written = ::write(to, data, static_cast<std::size_t>(size));
+        if (written < 0 && errno != EINTR)
+            return errno;
+        data += std::max<ssize_t>(written, 0);
+        size -= std::max<ssize_t>(written, 0);
+    }
+    return 0;
+}
+
+int copyByReading(int from, off_t offset, int to)
+{
+    std::vector<char> block(1 << 20);
+    for (;;) {
+        const ssize_t got = ::pread(from, block.data(), block.size(), offset);
+        if (got == 0)
+            return 0;
+        if (got < 0 && errno != EINTR)
+            return errno;
+        if (const int code = writeAll(to, block.data(), got))
+            return code;
+        offset += std::max<ssize_t>(got, 0);
+    }
+}
+
+// Puts the whole content of one file into the other, which is emptied first; 0 or the error code.
+int copyContent(int from, int to)
+{
+    if (::ftruncate(to, 0) != 0 || ::lseek(to, 0, SEEK_SET) != 0)
+        return errno;
+    if (::ioctl(to, FICLONE, from) == 0)
+        return 0;
+    off_t offset = 0;
+    for (;;) {
+        const ssize_t copied = ::copy_file_range(from, &offset, to, nullptr, 1 << 30, 0);
+        if (copied > 0 || (copied < 0 && errno == EINTR))
+            continue;
+        if (copied < 0 && (errno == ENOSPC || errno == EDQUOT || errno == EIO))
+            return errno;
+        // The end, or a pair of file systems between which the kernel does not copy: reading on finds out.
+        return copyByReading(from, offset, to);
+    }
+}
+
+} // namespace
+
+Result<std::shared_ptr<DocumentFile>> DocumentFile::open(const QString &path)
+{
+    const QString name = QFileInfo(path).fileName().isEmpty() ? path : QFileInfo(path).fileName();
+    std::shared_ptr<DocumentFile> file(new DocumentFile);
+    file->m_name = name;
+    // Without O_NONBLOCK, opening a pipe would wait until somebody writes to it.
+    file->m_descriptor = ::open(QFile::encodeName(path).constData(), O_RDONLY | O_NONBLOCK | O_CLOEXEC);
+    struct stat status = {};
+    if (file->m_descriptor < 0 || ::fstat(file->m_descriptor, &status) != 0)
+        return openingError(errno, name);
+    if (S_ISDIR(status.st_mode))
+        return openingError(EISDIR, name);
+    if (!S_ISREG(status.st_mode))
+        return openingError(ENXIO, name);
+    if (status.st_size == 0)
+        return Error{text("\"%1\" is empty.").arg(name)};
+    if (status.st_size > maxFileSize)
+        return Error{text("\"%1\" is too large to be opened.").arg(name)};
+    file->m_size = status.st_size;
+    return file;
+}
+
+DocumentFile::~DocumentFile()
+{
+    if (void *mapped = m_mapped.load())
+        ::munmap(mapped, static_cast<std::size_t>(m_mappedSize));
+    if (!m_copyPath.isEmpty())
+        ::unlink(QFile::encodeName(m_copyPath).constData());
+    if (m_descriptor >= 0)
+        ::close(m_descriptor);
+}
+
+QString DocumentFile::descriptorPath() const
+{
+    return QStringLiteral("/proc/self/fd/%1").arg(m_descriptor);
+}
+
+Result<void> DocumentFile::makePrivateCopy()
+{
+    const std::lock_guard lock(m_copying);
+    if (hasPrivateCopy())
+        return {};
+    QString folder;
+    if (const int code = makeCopiesFolder(folder))
+        return copyingError(code, m_name);
+    const QString path =
+        QStringLiteral("%1/%2-%3.pdf")
+            .arg(folder, QString::number(::getpid()), QString::number(QRandomGenerator::system()->generate64(), 16));
+    const Descriptor copy(
+        ::open(QFile::encodeName(path).constData(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC | O_NOFOLLOW, 0600));
+    if (copy.number() < 0)
+        return copyingError(errno, m_name);
+    Result<void> filled = fillAndMap(copy.number());
+    if (filled)
+        m_copyPath = path;
+    else
+        ::unlink(QFile::encodeName(path).constData());
+    return filled;
+}
+
+Result<void> DocumentFile::fillAndMap(int copy)
+{
+    struct stat before = {};
+    struct stat after = {};
+    for (int attempt = 0; attempt < 2; ++attempt) {
+        if (::fstat(m_descriptor, &before) != 0)
+            return copyingError(errno, m_name);
+        if (const int code = copyContent(m_descriptor, copy))
+            return copyingError(code, m_name);
+        if (::fstat(m_descriptor, &after) != 0)
+            return copyingError(errno, m_name);
+        if (sameContent(before, after))
+            break;
+    }
+    struct stat copied = {};
+    if (::fstat(copy, &copied) != 0)
+        return copyingError(errno, m_name);
+    if (!sameContent(before, after) || copied.st_size != after.st_size)
+        return Error{text("\"%1\" is being changed by another program.").arg(m_name)};
+    if (copied.st_size == 0)
+        return Error{text("\"%1\" is empty.").arg(m_name)};
+    if (copied.st_size > maxFileSize)
+        return Error{text("\"%1\" is too large to be opened.").arg(m_name)};
+    void *mapped = ::mmap(nullptr, static_cast<std::size_t>(copied.st_size), PROT_READ, MAP_PRIVATE, copy, 0);
+    if (mapped == MAP_FAILED) // NOLINT(cppcoreguidelines-pro-type-cstyle-cast): the system's macro
+        return copyingError(errno, m_name);
+    m_mappedSize = copied.st_size;
+    m_mapped.store(mapped);
+    return {};
+}
+
+QByteArray DocumentFile::bytes() const
+{
+    return QByteArray::fromRawData(static_cast<const char *>(m_mapped.load()), m_mappedSize);
+}
+
+} // namespace inkory

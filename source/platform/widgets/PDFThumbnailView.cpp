@@ -1,0 +1,193 @@
+#include "platform/widgets/PDFThumbnailView.h"
+
+#include "platform/pdf/PDFDocument.h"
+#include "platform/widgets/PDFView.h"
+
+#include <QAbstractListModel>
+#include <QKeyEvent>
+#include <QPainter>
+#include <QStyledItemDelegate>
+#include <QtMath>
+
+#include <algorithm>
+
+namespace inkory
+{
+
+namespace
+{
+
+constexpr int thumbnailWidth = 120;
+constexpr int thumbnailHeight = 156;
+constexpr int padding = 10;
+
+} // namespace
+
+/// One row for each page, without data but for what a screen reader says.
+class PDFThumbnailView::Model : public QAbstractListModel
+{
+public:
+    using QAbstractListModel::QAbstractListModel;
+
+    int rowCount(const QModelIndex &parent) const override { return parent.isValid() ? 0 : m_pageCount; }
+
+    QVariant data(const QModelIndex &index, int role) const override
+    {
+        if (role == Qt::AccessibleTextRole && index.isValid())
+            return PDFThumbnailView::tr("Page %1").arg(index.row() + 1);
+        return {};
+    }
+
+    void setPageCount(int count)
+    {
+        if (count == m_pageCount)
+            return;
+        beginResetModel();
+        m_pageCount = count;
+        endResetModel();
+    }
+
+private:
+    int m_pageCount = 0;
+};
+
+class PDFThumbnailView::Delegate : public QStyledItemDelegate
+{
+public:
+    explicit Delegate(PDFThumbnailView *view) : QStyledItemDelegate(view), m_thumbnails(view) {}
+
+    QSize sizeHint(const QStyleOptionViewItem &option, const QModelIndex &) const override
+    {
+        return {thumbnailWidth + 2 * padding, thumbnailHeight + 2 * padding + option.fontMetrics.height()};
+    }
+
+    void paint(QPainter *painter, const QStyleOptionViewItem &option, const QModelIndex &index) const override
+    {
+        PDFDocument *document = m_thumbnails->m_view ? m_thumbnails->m_view->document() : nullptr;
+        if (PDFPage *page = document ? document->pageAtIndex(index.row()) : nullptr)
+            m_thumbnails->paintThumbnail(*painter, option.rect, *page, option.state.testFlag(QStyle::State_Selected));
+    }
+
+private:
+    PDFThumbnailView *m_thumbnails;
+};
+
+PDFThumbnailView::PDFThumbnailView(QWidget *parent) : QListView(parent), m_model(new Model(this))
+{
+    setModel(m_model);
+    setItemDelegate(new Delegate(this));
+    setUniformItemSizes(true);
+    setVerticalScrollMode(ScrollPerPixel);
+    setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
+    setSelectionMode(SingleSelection);
+    setFrameShape(QFrame::NoFrame);
+    setAccessibleName(tr("Pages"));
+    connect(&m_images, &PageImageStore::pieceArrived, viewport(), qOverload<>(&QWidget::update));
+    connect(selectionModel(), &QItemSelectionModel::currentChanged, this, [this](const QModelIndex &current) {
+        if (m_view && current.isValid() && current.row() != m_view->currentPageIndex())
+            m_view->goToPage(current.row());
+    });
+}
+
+PDFThumbnailView::~PDFThumbnailView() = default;
+
+void PDFThumbnailView::setPDFView(PDFView *view)
+{
+    if (m_view)
+        m_view->disconnect(this);
+    m_view = view;
+    if (view) {
+        connect(view, &PDFView::currentPageChanged, this, &PDFThumbnailView::showCurrentPage);
+        connect(view, &PDFView::pageAppearanceChanged, this, &PDFThumbnailView::reload);
+    }
+    reload();
+}
+
+void PDFThumbnailView::keyboardSearch(const QString &) {}
+
+void PDFThumbnailView::keyPressEvent(QKeyEvent *event)
+{
+    const bool isText = !event->text().isEmpty() && event->text().at(0).isPrint() &&
+                        !(event->modifiers() & (Qt::ControlModifier | Qt::AltModifier));
+    if (isText)
+        event->ignore(); // on to the window, where letters choose tools
+    else
+        QListView::keyPressEvent(event);
+}
+
+void PDFThumbnailView::reload()
+{
+    PDFDocument *document = m_view ? m_view->document() : nullptr;
+    if (document != m_images.document())
+        m_images.setDocument(document);
+    m_model->setPageCount(document ? document->pageCount() : 0);
+    viewport()->update();
+    showCurrentPage();
+}
+
+void PDFThumbnailView::showCurrentPage()
+{
+    const QModelIndex index = m_model->index(m_view ? m_view->currentPageIndex() : -1, 0);
+    if (!index.isValid() || index == currentIndex())
+        return;
+    const QSignalBlocker blocker(selectionModel()); // following the view is not going to a page
+    setCurrentIndex(index);
+    scrollTo(index);
+    viewport()->update();
+}
+
+void PDFThumbnailView::paintEvent(QPaintEvent *event)
+{
+    QListView::paintEvent(event);
+    if (event->rect().contains(viewport()->rect()))
+        m_images.cancelStaleRequests();
+}
+
+void PDFThumbnailView::changeEvent(QEvent *event)
+{
+    QListView::changeEvent(event);
+    if (event->type() == QEvent::FontChange)
+        scheduleDelayedItemsLayout();
+}
+
+void PDFThumbnailView::paintThumbnail(QPainter &painter, const QRect &cell, PDFPage &page, bool isCurrent)
+{
+    const QRect picture(cell.left() + (cell.width() - thumbnailWidth) / 2, cell.top() + padding, thumbnailWidth,
+                        thumbnailHeight);
+    const QSizeF size = page.shownSize();
+    const double scale = std::min(picture.width() / size.width(), picture.height() / size.height());
+    const QSizeF shown = size * scale;
+    const QRectF target(std::round(picture.center().x() - shown.width() / 2),
+                        std::round(picture.bottom() + 1 - shown.height()), shown.width(), shown.height());
+    painter.save();
+    painter.setRenderHint(QPainter::Antialiasing);
+    if (isCurrent) {
+        painter.setPen(Qt::NoPen);
+        painter.setBrush(palette().color(QPalette::Highlight));
+        painter.drawRoundedRect(target.adjusted(-4, -4, 4, 4), 5, 5);
+    }
+    const double ratio = viewport()->devicePixelRatioF();
+    const auto content = [&](QPainter &p, const PDFPage &drawn) {
+        p.fillRect(target, Qt::white);
+        const QSize pixels(qCeil(target.width() * ratio), qCeil(target.height() * ratio));
+        const auto *piece = m_images.piece(drawn, scale * ratio, QRect(QPoint(), pixels));
+        if (!piece)
+            piece = m_images.standIn(drawn);
+        if (piece)
+            p.drawImage(target, piece->image);
+    };
+    const QTransform transform = page.shownTransform() * QTransform::fromScale(scale, scale) *
+                                 QTransform::fromTranslate(target.left(), target.top());
+    ScreenDrawingContext context(painter, transform, content, m_stampImages);
+    const DrawingContext::Scope scope(context);
+    page.drawWithBox(DisplayBox::CropBox);
+    painter.setPen(QPen(QColor(0, 0, 0, 70), 1));
+    painter.setBrush(Qt::NoBrush);
+    painter.drawRect(target.adjusted(-0.5, -0.5, 0.5, 0.5));
+    painter.setPen(palette().color(isCurrent ? QPalette::WindowText : QPalette::PlaceholderText));
+    const QRect label(cell.left(), picture.bottom() + 4, cell.width(), cell.bottom() - picture.bottom() - 4);
+    painter.drawText(label, Qt::AlignHCenter | Qt::AlignTop, QString::number(page.index() + 1));
+    painter.restore();
+}
+
+} // namespace inkory

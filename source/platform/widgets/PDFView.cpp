@@ -1,0 +1,422 @@
+#include "platform/widgets/PDFView.h"
+
+#include <QKeyEvent>
+#include <QNativeGestureEvent>
+#include <QPainter>
+#include <QScrollBar>
+#include <QWheelEvent>
+#include <QtMath>
+
+#include <algorithm>
+#include <cmath>
+
+namespace inkory
+{
+
+namespace
+{
+
+const double zoomStep = 1.25;
+constexpr int pixelsPerScrollStep = 40;
+
+} // namespace
+
+PDFView::PDFView(QWidget *parent) : QAbstractScrollArea(parent)
+{
+    setFrameShape(QFrame::NoFrame);      // the viewport's origin is the view's
+    setLayoutDirection(Qt::LeftToRight); // the same: a scroll bar at the left would move it
+    setFocusPolicy(Qt::StrongFocus);
+    viewport()->setMouseTracking(true);
+    viewport()->setAttribute(Qt::WA_AcceptTouchEvents);
+    connect(&m_images, &PageImageStore::pieceArrived, this, &PDFView::pageContentArrived);
+}
+
+PDFView::~PDFView() = default;
+
+void PDFView::setDocument(PDFDocument *document)
+{
+    if (m_document)
+        m_document->disconnect(this);
+    m_document = document;
+    m_images.setDocument(document);
+    if (document) {
+        connect(document, &PDFDocument::layoutChanged, this, &PDFView::layoutDocumentView);
+        connect(document, &PDFDocument::stateChanged, this, &PDFView::layoutDocumentView);
+    }
+    layoutDocumentView();
+    verticalScrollBar()->setValue(0);
+}
+
+void PDFView::setScaleFactor(double factor)
+{
+    const ViewRect visible = visibleRect();
+    setScaleFactor(factor, visible.center());
+}
+
+void PDFView::setScaleFactor(double factor, const ViewPoint &anchor)
+{
+    if (std::isnan(factor))
+        return;
+    factor = std::clamp(factor, minScaleFactor, maxScaleFactor);
+    if (qFuzzyCompare(factor, m_scaleFactor))
+        return;
+    Q_EMIT scaleFactorWillChange();
+    const PDFPage *page = pageForPoint(anchor, PageSearch::Nearest);
+    const PagePoint kept = page ? convertPointToPage(anchor, page) : PagePoint{};
+    m_scaleFactor = factor;
+    layoutDocumentView();
+    if (page) {
+        const ViewPoint now = convertPointFromPage(kept, page);
+        horizontalScrollBar()->setValue(horizontalScrollBar()->value() + qRound(now.x - anchor.x));
+        verticalScrollBar()->setValue(verticalScrollBar()->value() + qRound(anchor.y - now.y));
+    }
+    Q_EMIT scaleFactorChanged();
+}
+
+void PDFView::zoomIn()
+{
+    setScaleFactor(m_scaleFactor * zoomStep);
+}
+
+void PDFView::zoomOut()
+{
+    setScaleFactor(m_scaleFactor / zoomStep);
+}
+
+PDFPage *PDFView::currentPage() const
+{
+    return m_document ? m_document->pageAtIndex(currentPageIndex()) : nullptr;
+}
+
+int PDFView::currentPageIndex() const
+{
+    return m_layout.nearestPage(viewport()->height() / 2.0 - documentOrigin().y());
+}
+
+void PDFView::goToPage(int index)
+{
+    if (index < 0 || index >= m_layout.pageCount())
+        return;
+    verticalScrollBar()->setValue(qRound(m_layout.pageRect(index).top() - PageLayout::margin));
+    noteCurrentPage();
+}
+
+QPointF PDFView::documentOrigin() const
+{
+    const QSizeF document = m_layout.documentSize();
+    const QSize shown = viewport()->size();
+    const double x = document.width() <= shown.width() ? std::floor((shown.width() - document.width()) / 2)
+                                                       : -horizontalScrollBar()->value();
+    const double y = document.height() <= shown.height() ? std::floor((shown.height() - document.height()) / 2)
+                                                         : -verticalScrollBar()->value();
+    return {x, y};
+}
+
+QRectF PDFView::pageRectInWidget(int pageIndex) const
+{
+    return m_layout.pageRect(pageIndex).translated(documentOrigin());
+}
+
+QTransform PDFView::widgetTransform(int pageIndex) const
+{
+    const PDFPage *page = m_document->pageAtIndex(pageIndex);
+    const QPointF corner = pageRectInWidget(pageIndex).topLeft();
+    return page->shownTransform() * QTransform::fromScale(m_scaleFactor, m_scaleFactor) *
+           QTransform::fromTranslate(corner.x(), corner.y());
+}
+
+QTransform PDFView::viewTransform(const PDFPage *page) const
+{
+    const int index = m_document ? m_document->indexForPage(page) : -1;
+    if (index < 0 || index >= m_layout.pageCount())
+        return {};
+    return widgetTransform(index) * QTransform(1, 0, 0, -1, 0, height());
+}
+
+ViewRect PDFView::convertRectFromPage(const PageRect &rect, const PDFPage *page) const
+{
+    return fromQRectF<ViewSpace>(viewTransform(page).mapRect(toQRectF(rect)));
+}
+
+PageRect PDFView::convertRectToPage(const ViewRect &rect, const PDFPage *page) const
+{
+    return fromQRectF<PageSpace>(viewTransform(page).inverted().mapRect(toQRectF(rect)));
+}
+
+ViewPoint PDFView::convertPointFromPage(const PagePoint &point, const PDFPage *page) const
+{
+    const QPointF mapped = viewTransform(page).map(QPointF(point.x, point.y));
+    return {mapped.x(), mapped.y()};
+}
+
+PagePoint PDFView::convertPointToPage(const ViewPoint &point, const PDFPage *page) const
+{
+    const QPointF mapped = viewTransform(page).inverted().map(QPointF(point.x, point.y));
+    return {mapped.x(), mapped.y()};
+}
+
+OverlayRect PDFView::convertRectToOverlay(const ViewRect &rect) const
+{
+    return {rect.x, height() - rect.maxY(), rect.width, rect.height};
+}
+
+ViewRect PDFView::convertRectFromOverlay(const OverlayRect &rect) const
+{
+    return {rect.x, height() - rect.maxY(), rect.width, rect.height};
+}
+
+ViewPoint PDFView::convertPointFromWindow(const WindowPoint &point) const
+{
+    const QPointF local = mapFrom(window(), QPointF(point.x, point.y));
+    return {local.x(), height() - local.y()};
+}
+
+ViewRect PDFView::viewBounds() const
+{
+    return {0, 0, static_cast<double>(width()), static_cast<double>(height())};
+}
+
+ViewRect PDFView::visibleRect() const
+{
+    const QSize shown = viewport()->size();
+    return {0, static_cast<double>(height() - shown.height()), static_cast<double>(shown.width()),
+            static_cast<double>(shown.height())};
+}
+
+ViewRect PDFView::documentViewFrame() const
+{
+    if (m_layout.pageCount() == 0)
+        return {};
+    const QPointF origin = documentOrigin();
+    const QSizeF size = m_layout.documentSize();
+    return {origin.x(), height() - origin.y() - size.height(), size.width(), size.height()};
+}
+
+PDFPage *PDFView::pageForPoint(const ViewPoint &point, PageSearch search) const
+{
+    if (!m_document)
+        return nullptr;
+    const QPointF inDocument = QPointF(point.x, height() - point.y) - documentOrigin();
+    const int index =
+        search == PageSearch::Nearest ? m_layout.nearestPage(inDocument.y()) : m_layout.pageAt(inDocument);
+    return m_document->pageAtIndex(index);
+}
+
+void PDFView::annotationsChangedOnPage(const PDFPage *page)
+{
+    if (page) {
+        setNeedsDisplayInRect(convertRectFromPage(page->boundsForBox(DisplayBox::CropBox), page));
+        Q_EMIT pageAppearanceChanged(page);
+    }
+}
+
+void PDFView::setNeedsDisplayInRect(const ViewRect &rect)
+{
+    const QRectF inWidget(rect.x, height() - rect.maxY(), rect.width, rect.height);
+    viewport()->update(inWidget.toAlignedRect().adjusted(-1, -1, 1, 1)); // antialiasing reaches one pixel further
+}
+
+void PDFView::layoutDocumentView()
+{
+    std::vector<QSizeF> sizes;
+    if (m_document) {
+        sizes.reserve(static_cast<std::size_t>(m_document->pageCount()));
+        for (int i = 0; i < m_document->pageCount(); ++i)
+            sizes.push_back(m_document->pageAtIndex(i)->shownSize());
+    }
+    m_layout = PageLayout(sizes, m_scaleFactor);
+    m_contentComplete = false;
+    updateScrollBars();
+    viewport()->update();
+    noteCurrentPage();
+    Q_EMIT pageAppearanceChanged(nullptr);
+}
+
+void PDFView::updateScrollBars()
+{
+    const QSizeF document = m_layout.documentSize();
+    const QSize shown = viewport()->size();
+    const auto adjust = [](QScrollBar *bar, double documentLength, int shownLength) {
+        bar->setPageStep(shownLength);
+        bar->setSingleStep(pixelsPerScrollStep);
+        bar->setRange(0, std::max(0, qCeil(std::min(documentLength, 2e9)) - shownLength));
+    };
+    adjust(horizontalScrollBar(), document.width(), shown.width());
+    adjust(verticalScrollBar(), document.height(), shown.height());
+}
+
+void PDFView::noteCurrentPage()
+{
+    const int current = currentPageIndex();
+    if (std::exchange(m_lastCurrentPage, current) != current)
+        Q_EMIT currentPageChanged();
+}
+
+void PDFView::pageContentArrived(int sourceIndex)
+{
+    for (int i = std::max(0, m_layout.nearestPage(-documentOrigin().y())); i < m_layout.pageCount(); ++i) {
+        const QRectF rect = pageRectInWidget(i);
+        if (rect.top() > viewport()->height())
+            return;
+        if (m_document->pageAtIndex(i)->sourceIndex() == sourceIndex)
+            viewport()->update(rect.toAlignedRect());
+    }
+}
+
+void PDFView::paintEvent(QPaintEvent *event)
+{
+    QPainter painter(viewport());
+    painter.setRenderHint(QPainter::Antialiasing);
+    bool complete = m_layout.pageCount() > 0;
+    const QRect shown = viewport()->rect();
+    for (int i = std::max(0, m_layout.nearestPage(-documentOrigin().y())); i < m_layout.pageCount(); ++i) {
+        const QRectF rect = pageRectInWidget(i);
+        if (rect.top() > shown.bottom())
+            break;
+        if (rect.intersects(shown))
+            paintPage(painter, i, event->rect(), complete);
+    }
+    m_images.cancelStaleRequests();
+    if (complete && !std::exchange(m_contentComplete, complete))
+        Q_EMIT contentCompleted();
+    m_contentComplete = complete;
+}
+
+void PDFView::paintPage(QPainter &painter, int pageIndex, const QRect &dirty, bool &complete)
+{
+    PDFPage &page = *m_document->pageAtIndex(pageIndex);
+    const QRectF rect = pageRectInWidget(pageIndex);
+    // Pages that need no painting are asked for their content all the same: that keeps their requests alive.
+    painter.save();
+    painter.setClipRect(dirty);
+    const auto content = [&](QPainter &target, const PDFPage &drawn) {
+        if (!drawPageContent(target, drawn, rect))
+            complete = false;
+    };
+    ScreenDrawingContext context(painter, widgetTransform(pageIndex), content, m_stampImages);
+    const DrawingContext::Scope scope(context);
+    page.drawWithBox(DisplayBox::CropBox);
+    painter.setBrush(Qt::NoBrush);
+    painter.setPen(QPen(QColor(0, 0, 0, 60), 1));
+    painter.drawRect(rect.toAlignedRect().adjusted(-1, -1, 0, 0)); // a thin edge around the page
+    painter.restore();
+}
+
+bool PDFView::drawPageContent(QPainter &painter, const PDFPage &page, const QRectF &pageRect)
+{
+    painter.fillRect(pageRect, Qt::white);
+    const double ratio = viewport()->devicePixelRatioF();
+    const double pixelsPerPoint = m_scaleFactor * ratio;
+    const QRectF visible = pageRect & QRectF(viewport()->rect());
+    const QRectF inPage = visible.translated(-pageRect.topLeft());
+    const QRect needed = QRectF(inPage.topLeft() * ratio, inPage.size() * ratio).toAlignedRect() &
+                         QRect(0, 0, qCeil(pageRect.width() * ratio), qCeil(pageRect.height() * ratio));
+    const auto draw = [&](const PageImageStore::Piece &piece) {
+        const double k = m_scaleFactor / piece.scale; // pixels of the image to pixels of the widget
+        const QRectF target(pageRect.topLeft() + QPointF(piece.region.topLeft()) * k, QSizeF(piece.image.size()) * k);
+        painter.drawImage(target, piece.image);
+    };
+    if (const auto *piece = m_images.piece(page, pixelsPerPoint, needed)) {
+        draw(*piece);
+        return true;
+    }
+    if (m_images.hasFailed(page)) {
+        drawFailure(painter, pageRect);
+        return true;
+    }
+    if (const auto *standIn = m_images.standIn(page)) {
+        painter.save();
+        painter.setClipRect(pageRect, Qt::IntersectClip);
+        draw(*standIn);
+        painter.restore();
+    }
+    return false;
+}
+
+void PDFView::drawFailure(QPainter &painter, const QRectF &pageRect) const
+{
+    painter.setPen(QColor(0x60, 0x60, 0x60));
+    painter.drawText(pageRect, Qt::AlignCenter | Qt::TextWordWrap, tr("This page cannot be drawn."));
+}
+
+void PDFView::resizeEvent(QResizeEvent *event)
+{
+    QAbstractScrollArea::resizeEvent(event);
+    updateScrollBars();
+    noteCurrentPage();
+    Q_EMIT contentViewBoundsChanged();
+}
+
+void PDFView::scrollContentsBy(int, int)
+{
+    viewport()->update();
+    noteCurrentPage();
+    Q_EMIT contentViewBoundsChanged();
+}
+
+void PDFView::wheelEvent(QWheelEvent *event)
+{
+    if (!event->modifiers().testFlag(Qt::ControlModifier)) {
+        QAbstractScrollArea::wheelEvent(event);
+        return;
+    }
+    const double steps = event->angleDelta().y() / 120.0;
+    setScaleFactor(m_scaleFactor * std::pow(zoomStep, steps),
+                   {event->position().x(), height() - event->position().y()});
+    event->accept();
+}
+
+void PDFView::keyPressEvent(QKeyEvent *event)
+{
+    QScrollBar *bar = verticalScrollBar();
+    if (event->key() == Qt::Key_Home)
+        bar->setValue(bar->minimum());
+    else if (event->key() == Qt::Key_End)
+        bar->setValue(bar->maximum());
+    else if (event->key() == Qt::Key_Space)
+        bar->triggerAction(event->modifiers().testFlag(Qt::ShiftModifier) ? QAbstractSlider::SliderPageStepSub
+                                                                          : QAbstractSlider::SliderPageStepAdd);
+    else
+        QAbstractScrollArea::keyPressEvent(event);
+}
+
+bool PDFView::viewportEvent(QEvent *event)
+{
+    if (event->type() == QEvent::NativeGesture) {
+        const auto *gesture = static_cast<QNativeGestureEvent *>(event);
+        if (gesture->gestureType() == Qt::ZoomNativeGesture) {
+            setScaleFactor(m_scaleFactor * (1 + gesture->value()),
+                           {gesture->position().x(), height() - gesture->position().y()});
+            return true;
+        }
+    }
+    return QAbstractScrollArea::viewportEvent(event);
+}
+
+bool PDFView::event(QEvent *event)
+{
+    if (event->type() == QEvent::Show || event->type() == QEvent::ParentChange)
+        watchWindow();
+    return QAbstractScrollArea::event(event);
+}
+
+// The hook before a frame runs from the window's update request: from paintEvent() its marks would cause frame after
+// frame.
+void PDFView::watchWindow()
+{
+    if (m_watchedWindow == window())
+        return;
+    if (m_watchedWindow)
+        m_watchedWindow->removeEventFilter(this);
+    m_watchedWindow = window();
+    m_watchedWindow->installEventFilter(this);
+}
+
+bool PDFView::eventFilter(QObject *watched, QEvent *event)
+{
+    if (watched == m_watchedWindow && event->type() == QEvent::UpdateRequest && isVisible())
+        viewWillDraw();
+    return QAbstractScrollArea::eventFilter(watched, event);
+}
+
+} // namespace inkory

@@ -1,0 +1,131 @@
+#pragma once
+
+#include "platform/core/Geometry.h"
+#include "platform/pdf/PDFDocument.h"
+#include "platform/pdf/PDFPage.h"
+#include "platform/widgets/PageImageStore.h"
+#include "platform/widgets/PageLayout.h"
+#include "platform/widgets/ScreenDrawingContext.h"
+
+#include <QAbstractScrollArea>
+#include <QPointer>
+
+namespace inkory
+{
+
+/// Whether a point beside all pages counts for the nearest one.
+enum class PageSearch { Exact, Nearest };
+
+/// Shows the pages of a document below one another, scrolled and zoomed, and converts between page space, view space
+/// and the other spaces on screen: nobody else does that arithmetic. Qt has no widget that draws pages through the
+/// pages' own drawing. Page contents are drawn in the background and never on the GUI thread; what pages draw over them
+/// is drawn at once.
+class PDFView : public QAbstractScrollArea
+{
+    Q_OBJECT
+
+public:
+    static constexpr double minScaleFactor = 0.1;
+    static constexpr double maxScaleFactor = 64.0;
+
+    explicit PDFView(QWidget *parent = nullptr);
+    ~PDFView() override;
+
+    /// Not owned; none shows nothing. Starts at the top of the first page.
+    virtual void setDocument(PDFDocument *document);
+    PDFDocument *document() const { return m_document; }
+
+    /// Pixels (device-independent) per point.
+    double scaleFactor() const { return m_scaleFactor; }
+    /// Keeps the middle of the view where it is. Clamped to minScaleFactor and maxScaleFactor; NaN is ignored.
+    void setScaleFactor(double factor);
+    /// The same, keeping what is shown at the point.
+    void setScaleFactor(double factor, const ViewPoint &anchor);
+    void zoomIn();
+    void zoomOut();
+
+    /// The page in the middle of the view's height; none without pages.
+    PDFPage *currentPage() const;
+    /// -1 without pages.
+    int currentPageIndex() const;
+    /// Scrolls the page's top to the top of the view. Indices outside the document are ignored.
+    void goToPage(int index);
+
+    ViewRect convertRectFromPage(const PageRect &rect, const PDFPage *page) const;
+    PageRect convertRectToPage(const ViewRect &rect, const PDFPage *page) const;
+    ViewPoint convertPointFromPage(const PagePoint &point, const PDFPage *page) const;
+    PagePoint convertPointToPage(const ViewPoint &point, const PDFPage *page) const;
+    OverlayRect convertRectToOverlay(const ViewRect &rect) const;
+    ViewRect convertRectFromOverlay(const OverlayRect &rect) const;
+    /// Of a pointer event that reached the view's window.
+    ViewPoint convertPointFromWindow(const WindowPoint &point) const;
+    /// The whole view, scroll bars included: origin (0, 0).
+    ViewRect viewBounds() const;
+    /// The part in which pages are shown.
+    ViewRect visibleRect() const;
+    /// The laid-out pages with their margins.
+    ViewRect documentViewFrame() const;
+
+    /// The page at the point, or (Nearest) the closest one in height; none without pages.
+    PDFPage *pageForPoint(const ViewPoint &point, PageSearch search) const;
+
+    /// What the page draws over its content changed as a whole: it is drawn again, also in the thumbnails.
+    void annotationsChangedOnPage(const PDFPage *page);
+    /// Sizes, rotations or the order of pages changed.
+    void layoutDocumentView();
+    void setNeedsDisplayInRect(const ViewRect &rect);
+
+    /// Whether every visible page shows its content at the present zoom.
+    bool isContentComplete() const { return m_contentComplete; }
+
+Q_SIGNALS:
+    void currentPageChanged();
+    /// Before and after a change of the zoom factor.
+    void scaleFactorWillChange();
+    void scaleFactorChanged();
+    /// The pages moved under the view.
+    void contentViewBoundsChanged();
+    /// See annotationsChangedOnPage(); with none, all pages changed their layout.
+    void pageAppearanceChanged(const inkory::PDFPage *page);
+    /// isContentComplete() became true.
+    void contentCompleted();
+
+protected:
+    /// Called once before each frame is painted. Marks that it makes join that frame.
+    virtual void viewWillDraw() {}
+
+    void paintEvent(QPaintEvent *event) override;
+    void resizeEvent(QResizeEvent *event) override;
+    void scrollContentsBy(int dx, int dy) override;
+    void wheelEvent(QWheelEvent *event) override;
+    void keyPressEvent(QKeyEvent *event) override;
+    bool viewportEvent(QEvent *event) override;
+    bool event(QEvent *event) override;
+    bool eventFilter(QObject *watched, QEvent *event) override;
+
+private:
+    /// From page space to the widget: origin upper left, y downward.
+    QTransform widgetTransform(int pageIndex) const;
+    QTransform viewTransform(const PDFPage *page) const;
+    /// Where the document's upper left corner stands in the widget.
+    QPointF documentOrigin() const;
+    QRectF pageRectInWidget(int pageIndex) const;
+    void watchWindow();
+    void updateScrollBars();
+    void noteCurrentPage();
+    void pageContentArrived(int sourceIndex);
+    void paintPage(QPainter &painter, int pageIndex, const QRect &dirty, bool &complete);
+    bool drawPageContent(QPainter &painter, const PDFPage &page, const QRectF &pageRect);
+    void drawFailure(QPainter &painter, const QRectF &pageRect) const;
+
+    QPointer<PDFDocument> m_document;
+    PageLayout m_layout;
+    PageImageStore m_images{DrawPriority::Visible};
+    ScaledImages m_stampImages;
+    QPointer<QWidget> m_watchedWindow;
+    double m_scaleFactor = 1;
+    int m_lastCurrentPage = -1;
+    bool m_contentComplete = false;
+};
+
+} // namespace inkory

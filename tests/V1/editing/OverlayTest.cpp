@@ -1,0 +1,126 @@
+#include "V1/editing/EditingFixture.h"
+
+using namespace inkory;
+using namespace inkory::test;
+
+namespace
+{
+
+TEST_F(EditingFixture, TheToolbarStandsOnePixelAboveTheStampAtEveryZoomAndScrolling)
+{
+    open(threePages());
+    useImageTool();
+    EXPECT_FALSE(view->overlays().isToolbarShown());
+    view->setScaleFactor(1);
+    view->addImageStampView(view->convertPointFromPage({300, 600}, &page(0)));
+    const StampViewOverlay *overlay = view->overlays().stampViewOverlay();
+    const QWidget *toolbar = view->stampViewToolbar();
+    for (const double factor : {1.0, 0.5, 1.37, 2.0}) {
+        view->setScaleFactor(factor);
+        view->verticalScrollBar()->setValue(view->verticalScrollBar()->value() + 17);
+        const ViewRect stamp = view->stampRect(*view->selectedStampView());
+        EXPECT_NEAR(stamp.width, 100 * factor, 1e-9);
+        EXPECT_NEAR(overlay->x(), stamp.x, 0.51) << factor;
+        EXPECT_NEAR(overlay->y(), view->height() - stamp.maxY(), 0.51) << factor;
+        EXPECT_NEAR(toolbar->geometry().bottom() + 1 + 1, view->height() - stamp.maxY(), 0.51) << factor;
+        EXPECT_NEAR(toolbar->x(), stamp.x, 0.51) << factor;
+        // The handle: lower right corner, as large as the resize cursor's image (16 x 16).
+        const ViewRect handle = view->stampOverlayResizeRect();
+        EXPECT_NEAR(handle.maxX(), stamp.maxX(), 1e-9);
+        EXPECT_NEAR(handle.y, stamp.y, 1e-9);
+        EXPECT_EQ(handle.width, OverlayTracking::resizeCursorSize().width());
+    }
+    EXPECT_EQ(toolbar->width(), 46);
+    EXPECT_EQ(view->rotateStampCCWButton()->x(), 2);
+    EXPECT_EQ(view->rotateStampCWButton()->x(), 24);
+    view->setSelectedStampView(nullptr);
+    EXPECT_FALSE(overlay->isVisible());
+    EXPECT_FALSE(toolbar->isVisible());
+}
+
+TEST_F(EditingFixture, TheToolbarsButtonsTurnTheStampAndItsBackgroundGrabsIt)
+{
+    open(threePages());
+    useImageTool();
+    click(windowPoint(0, {300, 600}));
+    view->setCurrentToolType(ToolTypeSelect);
+    QCoreApplication::processEvents();
+    click(view->rotateStampCWButton()->mapTo(&window, QPoint(10, 10)));
+    EXPECT_EQ(view->selectedStampView()->stampRotation(), 3);
+    EXPECT_EQ(view->selectedStampView()->frame().height, 100);
+    KRStamp *selected = view->selectedStampView();
+    click(view->stampViewToolbar()->mapTo(&window, QPoint(1, 12))); // left of the first button
+    EXPECT_EQ(view->selectedStampView(), selected);
+}
+
+TEST_F(EditingFixture, TheHighlightFollowsThePointerButNotOntoTheSelectedStamp)
+{
+    open(threePages());
+    useImageTool();
+    click(windowPoint(0, {300, 700}));
+    click(windowPoint(0, {300, 600}));
+    const QWidget *highlight = view->overlays().highlightedViewOverlay();
+    QTest::mouseMove(window.windowHandle(), windowPoint(0, {300, 700}));
+    EXPECT_TRUE(QTest::qWaitFor([&] { return highlight->isVisible(); }, 1000));
+    EXPECT_EQ(view->viewport()->cursor().shape(), Qt::ArrowCursor);
+    QTest::mouseMove(window.windowHandle(), windowPoint(0, {300, 600}));
+    EXPECT_TRUE(QTest::qWaitFor([&] { return !highlight->isVisible(); }, 1000));
+    QTest::mouseMove(window.windowHandle(), windowPoint(0, {100, 500}));
+    EXPECT_TRUE(QTest::qWaitFor([&] { return view->viewport()->cursor().shape() == Qt::BitmapCursor; }, 1000))
+        << "the stamp cursor over empty page area";
+    const auto handle = view->stampOverlayResizeRect();
+    QTest::mouseMove(window.windowHandle(),
+                     view->mapTo(&window, QPoint(qRound(handle.x + 8), qRound(view->height() - handle.y - 8))));
+    EXPECT_TRUE(QTest::qWaitFor(
+        [&] { return view->viewport()->cursor().pixmap().size() == OverlayTracking::resizeCursor().pixmap().size(); },
+        1000));
+}
+
+TEST_F(EditingFixture, AnIdleWindowPaintsNothing)
+{
+    open(threePages());
+    useImageTool();
+    click(windowPoint(0, {300, 600}));
+    ASSERT_TRUE(QTest::qWaitFor([this] { return view->isContentComplete(); }, 10000));
+    QTest::qWait(100);
+    struct PaintCounter : QObject
+    {
+        bool eventFilter(QObject *, QEvent *event) override
+        {
+            paints += event->type() == QEvent::Paint ? 1 : 0;
+            return false;
+        }
+        int paints = 0;
+    } counter;
+    view->viewport()->installEventFilter(&counter);
+    QTest::qWait(1000);
+    EXPECT_EQ(counter.paints, 0);
+    view->viewport()->update();
+    QTest::qWait(200);
+    EXPECT_GE(counter.paints, 1);
+    EXPECT_LE(counter.paints, 2);
+}
+
+TEST_F(EditingFixture, TheSelectionOverlayDrawsItsGripAndTheHighlightIsFainter)
+{
+    StampViewOverlay overlay;
+    overlay.setFrame({0, 0, 60, 40});
+    const auto drawn = [&overlay] {
+        QImage image(60, 40, QImage::Format_ARGB32_Premultiplied);
+        image.fill(Qt::white);
+        overlay.render(&image, {}, {}, QWidget::DrawChildren);
+        return image;
+    };
+    const QImage selection = drawn();
+    // 10 % of (26, 26, 26) over white is 232; the grip adds 20 % of 230 over it.
+    EXPECT_NEAR(qGray(selection.pixel(20, 20)), 232, 1);
+    EXPECT_NE(selection.copy(48, 28, 10, 10), selection.copy(20, 15, 10, 10));
+    overlay.setResizable(false);
+    overlay.setHighlighted(true);
+    const QImage highlight = drawn();
+    EXPECT_NEAR(qGray(highlight.pixel(20, 20)), 248, 1); // 3 %
+    EXPECT_EQ(highlight.copy(48, 28, 10, 8), highlight.copy(20, 15, 10, 8));
+    EXPECT_TRUE(overlay.testAttribute(Qt::WA_TransparentForMouseEvents));
+}
+
+} // namespace

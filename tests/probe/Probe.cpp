@@ -1,0 +1,194 @@
+// Runs the program's own code without a window manager, for measuring from outside:
+//   inkory_probe open FILE [--password P]
+//   inkory_probe stamp IN IMAGE PAGE X Y OUT [--password P]
+//   inkory_probe draw IN PAGE SCALE OUT.png [--password P]
+// Pages count from 1; X and Y are in the page's own space; SCALE is in pixels per point.
+
+#include "V1/application/PDFDocumentModel.h"
+#include "V1/editing/KRPDFView.h"
+#include "V1/stamps/KRPDFPage.h"
+#include "V1/stamps/KRStamp.h"
+#include "platform/core/Image.h"
+
+#include <QApplication>
+#include <QElapsedTimer>
+#include <QEventLoop>
+#include <QFileInfo>
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QJsonObject>
+#include <QTextStream>
+
+#include <algorithm>
+#include <cmath>
+#include <csignal>
+#include <functional>
+#include <optional>
+
+using namespace inkory;
+
+namespace
+{
+
+enum ExitStatus { Success = 0, Failure = 1, Usage = 2, PasswordNeeded = 3, CannotOpen = 4 };
+
+constexpr int listedSizes = 5;
+constexpr qint64 patienceMilliseconds = 120'000;
+
+bool waitUntil(const std::function<bool()> &condition)
+{
+    QElapsedTimer timer;
+    timer.start();
+    while (!condition() && timer.elapsed() < patienceMilliseconds)
+        QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents | QEventLoop::AllEvents, 50);
+    return condition();
+}
+
+int fail(const QString &reason)
+{
+    QTextStream(stderr) << reason << '\n';
+    return Failure;
+}
+
+// Opens the file as a document and waits until it is settled what can be done with it.
+void openAndSettle(PDFDocumentModel &model, const QString &path, const QString &password)
+{
+    (void)model.readFromURL(QUrl::fromLocalFile(QFileInfo(path).absoluteFilePath()),
+                            {}); // the state says what is wrong
+    KRPDFDocument &document = *model.pdfDoc();
+    const auto isDecided = [&] {
+        return document.state() == PDFDocument::State::Failed || document.state() == PDFDocument::State::Locked ||
+               (document.state() == PDFDocument::State::Open && document.isGeometrySettled());
+    };
+    waitUntil(isDecided);
+    if (document.state() == PDFDocument::State::Locked && !password.isEmpty()) {
+        document.unlock(password);
+        waitUntil(isDecided);
+    }
+}
+
+int open(const QString &path, const QString &password)
+{
+    PDFDocumentModel model;
+    openAndSettle(model, path, password);
+    const KRPDFDocument &document = *model.pdfDoc();
+    QJsonArray sizes;
+    for (int i = 0; i < std::min(document.pageCount(), listedSizes); ++i) {
+        const PDFPage &page = *document.pageAtIndex(i);
+        const PageRect box = page.boundsForBox(DisplayBox::CropBox);
+        sizes.append(QJsonArray{box.width, box.height, page.rotation()});
+    }
+    const bool isOpen = document.state() == PDFDocument::State::Open;
+    const bool isLocked = document.state() == PDFDocument::State::Locked;
+    const QJsonObject answer{
+        {QStringLiteral("state"), isOpen     ? QStringLiteral("open")
+                                  : isLocked ? QStringLiteral("password")
+                                             : QStringLiteral("error")},
+        {QStringLiteral("pages"), document.pageCount()},
+        {QStringLiteral("message"), isOpen ? document.readOnlyReason() : document.message()},
+        {QStringLiteral("canSave"), document.canSave()},
+        {QStringLiteral("sizes"), sizes},
+    };
+    QTextStream(stdout) << QJsonDocument(answer).toJson(QJsonDocument::Compact) << '\n';
+    return isOpen ? Success : isLocked ? PasswordNeeded : CannotOpen;
+}
+
+int stamp(const QStringList &arguments, const QString &password)
+{
+    PDFDocumentModel model;
+    openAndSettle(model, arguments[0], password);
+    KRPDFDocument &document = *model.pdfDoc();
+    if (!document.canSave())
+        return fail(document.readOnlyReason() + document.message());
+    const auto image = Image::fromFile(arguments[1]);
+    if (!image)
+        return fail(image.error().message);
+    const int pageIndex = arguments[2].toInt() - 1;
+    const PDFPage *page = document.pageAtIndex(pageIndex);
+    if (!page)
+        return fail(QStringLiteral("no page %1").arg(arguments[2]));
+
+    KRPDFView view;
+    view.awakeFromNib();
+    view.setUndoManager(&model.undoManager());
+    view.resize(800, 600);
+    view.setDocument(&document);
+    view.setStampImage(*image);
+    view.goToPage(pageIndex);
+    view.addImageStampView(view.convertPointFromPage({arguments[3].toDouble(), arguments[4].toDouble()}, page));
+    if (view.stampViews().size() != 1 || view.stampViews()[0]->pdfPage() != page)
+        return fail(QStringLiteral("the stamp did not come to stand on the page"));
+
+    std::optional<Result<void>> outcome;
+    model.saveToURL(QUrl::fromLocalFile(QFileInfo(arguments[5]).absoluteFilePath()),
+                    [&](const Result<void> &saved) { outcome = saved; });
+    waitUntil([&] { return outcome.has_value(); });
+    view.setDocument(nullptr);
+    if (!outcome)
+        return fail(QStringLiteral("the save did not end"));
+    return *outcome ? Success : fail(outcome->error().message);
+}
+
+int draw(const QStringList &arguments, const QString &password)
+{
+    PDFDocumentModel model;
+    openAndSettle(model, arguments[0], password);
+    KRPDFDocument &document = *model.pdfDoc();
+    const int pageIndex = arguments[1].toInt() - 1;
+    const double scale = arguments[2].toDouble();
+    const PDFPage *page = document.pageAtIndex(pageIndex);
+    if (!page || !(scale > 0))
+        return fail(document.message().isEmpty() ? QStringLiteral("no such page or scale") : document.message());
+
+    const QSize pixels(static_cast<int>(std::ceil(page->shownSize().width() * scale)),
+                       static_cast<int>(std::ceil(page->shownSize().height() * scale)));
+    KRPDFView view;
+    view.awakeFromNib();
+    view.setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
+    view.setVerticalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
+    view.setDocument(&document);
+    view.resize(pixels + QSize(2, 2) * PageLayout::margin);
+    view.setScaleFactor(scale);
+    view.goToPage(pageIndex);
+    view.show();
+    if (!waitUntil([&] { return view.isContentComplete(); }))
+        return fail(QStringLiteral("the page was not drawn in time"));
+    const ViewRect shown = view.convertRectFromPage(page->boundsForBox(DisplayBox::CropBox), page);
+    const QRect area(QPoint(qRound(shown.x), qRound(view.height() - shown.maxY())), pixels);
+    const bool saved = view.viewport()->grab(area).toImage().save(arguments[3], "PNG");
+    view.setDocument(nullptr);
+    return saved ? Success : fail(QStringLiteral("the picture could not be written"));
+}
+
+} // namespace
+
+int main(int argc, char **argv)
+{
+    signal(SIGXFSZ, SIG_IGN); // a limit on file sizes is an error of one write, as in the program itself
+    if (qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM"))
+        qputenv("QT_QPA_PLATFORM", "offscreen");
+    const QApplication application(argc, argv);
+    QApplication::setApplicationName(QStringLiteral("inkory"));
+    QApplication::setQuitOnLastWindowClosed(false);
+
+    // Everything is taken by its place: coordinates may be negative and are no options then.
+    QStringList words = QCoreApplication::arguments();
+    QString password;
+    const auto option = words.indexOf(QStringLiteral("--password"));
+    if (option > 0 && option + 1 < words.size()) {
+        password = words[option + 1];
+        words.remove(option, 2);
+    }
+    const QString command = words.value(1);
+    const QStringList arguments = words.mid(2);
+    if (command == QLatin1String("open") && arguments.size() == 1)
+        return open(arguments[0], password);
+    if (command == QLatin1String("stamp") && arguments.size() == 6)
+        return stamp(arguments, password);
+    if (command == QLatin1String("draw") && arguments.size() == 4)
+        return draw(arguments, password);
+    QTextStream(stderr) << "inkory_probe open FILE [--password P]\n"
+                           "inkory_probe stamp IN IMAGE PAGE X Y OUT [--password P]\n"
+                           "inkory_probe draw IN PAGE SCALE OUT.png [--password P]\n";
+    return Usage;
+}

@@ -1,0 +1,113 @@
+#pragma once
+
+#include <QByteArray>
+#include <QColor>
+#include <QImage>
+#include <QMutex>
+#include <QRect>
+#include <QRectF>
+#include <QSizeF>
+#include <QString>
+#include <QStringList>
+
+#include <optional>
+#include <vector>
+
+namespace inkory::test
+{
+
+/// What an external program did.
+struct ToolOutcome
+{
+    /// The exit status; -1 where the program could not be started, crashed, or had to be killed at its time limit.
+    int exitCode = -1;
+    QByteArray output;
+    QByteArray errors;
+
+    bool succeeded() const { return exitCode == 0; }
+};
+
+/// Runs a program in the C.UTF-8 locale, hands it the input, and waits. Never throws and never hangs.
+ToolOutcome runTool(const QString &program, const QStringList &arguments, const QByteArray &input = {},
+                    int timeoutSeconds = 60);
+
+/// Writes the bytes as a new file and answers its path; fails the running test where that is impossible.
+QString writeFile(const QString &folder, const QString &name, const QByteArray &bytes);
+
+/// All bytes of a file; empty (and a failed test) where it cannot be read.
+QByteArray readFile(const QString &path);
+
+/// One page as pdfinfo sees it.
+struct ListedPage
+{
+    /// Of the crop box, in points, before rotation.
+    QSizeF size;
+    /// 0, 90, 180 or 270 degrees.
+    int rotation = 0;
+    /// x and y are the lower left corner, in points.
+    QRectF mediaBox;
+    QRectF cropBox;
+};
+
+/// Every page of the file as pdfinfo sees it; none where it cannot open the file.
+std::optional<std::vector<ListedPage>> pdfInfo(const QString &path, const QString &password = {});
+
+/// The shown part (crop box, turned by the page's rotation) of a page, numbered from 1, drawn by pdftoppm on white; a
+/// null image where it fails.
+QImage renderWithPdftoppm(const QString &path, int page, int dotsPerInch = 72, const QString &password = {});
+
+/// The text of a page, numbered from 1, as pdftotext reads it.
+QString pdfText(const QString &path, int page, const QString &password = {});
+
+/// One line of pdfimages -list.
+struct ListedImage
+{
+    int page = 0;
+    /// "image", "smask", "stencil".
+    QString type;
+    int width = 0;
+    int height = 0;
+    /// "rgb", "gray", "cmyk", ...
+    QString color;
+    int components = 0;
+    int bitsPerComponent = 0;
+    /// "image" (lossless), "jpeg", "jpx", ...
+    QString encoding;
+    /// The object's number: equal for an image that is stored once and drawn twice.
+    int object = 0;
+};
+
+/// Every image drawn on the pages of the file, as pdfimages lists them.
+std::vector<ListedImage> pdfImages(const QString &path, const QString &password = {});
+
+/// The pixels of those images, in the same order.
+std::vector<QImage> pdfImagePixels(const QString &path, const QString &password = {});
+
+/// What qpdf --check complains about; empty for a file that is clean.
+QString qpdfCheck(const QString &path, const QString &password = {});
+
+/// The smallest rectangle around all pixels whose red, green and blue differ from the colour by at most the tolerance;
+/// empty where there is none.
+QRect findInkBounds(const QImage &image, const QColor &color, int tolerance = 40);
+
+/// The largest difference of a colour channel between two images, on white; 255 where their sizes differ.
+int largestDifference(const QImage &first, const QImage &second);
+
+/// Collects what is logged while it lives, from all threads. One at a time.
+class LogCatcher
+{
+public:
+    LogCatcher();
+    ~LogCatcher();
+    LogCatcher(const LogCatcher &) = delete;
+    LogCatcher &operator=(const LogCatcher &) = delete;
+
+    QStringList lines() const;
+    bool contains(const QString &part) const;
+
+private:
+    mutable QMutex m_mutex;
+    QStringList m_lines;
+};
+
+} // namespace inkory::test
