@@ -22,7 +22,8 @@ QLabel *plainLabel(QWidget *parent)
     label->setTextFormat(Qt::PlainText); // file names are not markup
     label->setWordWrap(true);
     label->setAlignment(Qt::AlignHCenter);
-    label->setFixedWidth(textWidth);
+    label->setMaximumWidth(textWidth);
+    label->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Preferred); // the window may be narrower
     return label;
 }
 
@@ -43,7 +44,7 @@ DocumentStatePage::DocumentStatePage(QWidget *parent)
     m_passwordField->setEchoMode(QLineEdit::Password);
     m_passwordField->setPlaceholderText(tr("Password"));
     m_passwordField->setAccessibleName(tr("Password"));
-    m_passwordField->setMinimumWidth(240);
+    m_passwordField->setMinimumWidth(160);
     auto *row = new QHBoxLayout(m_passwordRow);
     row->setContentsMargins(0, 0, 0, 0);
     row->addWidget(m_passwordField);
@@ -54,8 +55,13 @@ DocumentStatePage::DocumentStatePage(QWidget *parent)
     auto *column = new QVBoxLayout(this);
     column->setSpacing(12);
     column->addStretch(2);
-    column->addWidget(m_title, 0, Qt::AlignHCenter);
-    column->addWidget(m_message, 0, Qt::AlignHCenter);
+    for (QLabel *label : {m_title, m_message}) {
+        auto *line = new QHBoxLayout;
+        line->addStretch(1);
+        line->addWidget(label, 1000);
+        line->addStretch(1);
+        column->addLayout(line);
+    }
     column->addWidget(m_passwordRow, 0, Qt::AlignHCenter);
     column->addStretch(3);
 }

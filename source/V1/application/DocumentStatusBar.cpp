@@ -1,5 +1,7 @@
 #include "V1/application/DocumentStatusBar.h"
 
+#include "platform/widgets/PlainToolTip.h"
+
 #include <QHBoxLayout>
 #include <QLabel>
 #include <QLineEdit>
@@ -42,10 +44,11 @@ DocumentStatusBar::DocumentStatusBar(QWidget *parent)
     m_messageTimer.setSingleShot(true);
     connect(&m_messageTimer, &QTimer::timeout, this, [this] {
         m_message->setText(m_lastingMessage);
-        m_message->setToolTip(m_lastingMessage);
+        m_message->setToolTip(plainToolTip(m_lastingMessage));
     });
     connect(m_pageField, &QSpinBox::valueChanged, this, &DocumentStatusBar::pageEntered);
-    connect(m_pageField, &QSpinBox::editingFinished, this, &DocumentStatusBar::pageFieldLeft);
+    // Not editingFinished(): that also comes when the person goes to another field.
+    connect(m_pageField->findChild<QLineEdit *>(), &QLineEdit::returnPressed, this, &DocumentStatusBar::pageFieldLeft);
 }
 
 void DocumentStatusBar::showInlineMessage(const QString &text, Stay stay)
@@ -56,7 +59,7 @@ void DocumentStatusBar::showInlineMessage(const QString &text, Stay stay)
     else
         m_messageTimer.start(messageMilliseconds);
     m_message->setText(text);
-    m_message->setToolTip(text.toHtmlEscaped()); // the whole text, should the label be too narrow
+    m_message->setToolTip(plainToolTip(text)); // the whole text, should the label be too narrow
 }
 
 QString DocumentStatusBar::inlineMessage() const

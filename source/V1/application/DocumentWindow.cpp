@@ -6,6 +6,7 @@
 
 #include <QComboBox>
 #include <QEvent>
+#include <QHBoxLayout>
 #include <QToolButton>
 
 #include "ui_PDFDocumentWindow.h"
@@ -18,7 +19,7 @@ namespace
 
 constexpr int thumbnailsWidth = 170;
 constexpr int stampToolbarHeight = 24;
-constexpr QSize signatureIconSize(76, 24);
+constexpr QSize signatureIconSize(84, 20); // as high as the other icons: the tool bar must not grow when it appears
 // The pages' ground: a quiet grey between the theme's window colour and a middle grey.
 constexpr int groundMix = 82; // per cent of the window colour
 
@@ -74,13 +75,7 @@ void DocumentWindow::makeToolBar()
     tools->addSegment(tr("Signature (S)"), {}, 1);
     tools->addSegment(tr("Text (T)"), {}, 2);
     tools->setSegmentVisible(2, false);
-    auto *signature = new QToolButton(bar);
-    signature->setObjectName(QStringLiteral("imageStampToolbarImageView"));
-    signature->setIconSize(signatureIconSize);
-    signature->setToolTip(tr("The chosen signature. Click to choose another one."));
-    signature->setAccessibleName(tr("Chosen signature"));
-    signature->setProperty("tag", 1);
-    bar->addWidget(signature)->setObjectName(QStringLiteral("imageStampToolbarItem"));
+    addSignatureButton();
     bar->addSeparator();
 
     bar->addAction(m_ui->actionUndo);
@@ -94,6 +89,7 @@ void DocumentWindow::makeToolBar()
     factor->setObjectName(QStringLiteral("zoomFactorField"));
     factor->setEditable(true);
     factor->setInsertPolicy(QComboBox::NoInsert);
+    factor->setCompleter(nullptr); // it would make 100 of a typed 10
     factor->setAccessibleName(tr("Zoom factor"));
     factor->setToolTip(tr("Zoom factor"));
     factor->setFixedWidth(factor->fontMetrics().horizontalAdvance(QStringLiteral("6400 %")) + 44);
@@ -113,6 +109,22 @@ void DocumentWindow::makeToolBar()
     rotate->addSegment(tr("Flip document"), {}, 2);
     addToolBarSpace();
     bar->addAction(m_ui->actionSave);
+}
+
+// The button stands in a frame of its own: a tool bar forces its icon size on the buttons that it holds itself.
+void DocumentWindow::addSignatureButton()
+{
+    auto *frame = new QWidget(m_ui->mainToolBar);
+    auto *signature = new QToolButton(frame);
+    signature->setObjectName(QStringLiteral("imageStampToolbarImageView"));
+    signature->setIconSize(signatureIconSize);
+    signature->setToolTip(tr("The chosen signature. Click to choose another one."));
+    signature->setAccessibleName(tr("Chosen signature"));
+    auto *layout = new QHBoxLayout(frame);
+    layout->setContentsMargins(4, 0, 4, 0);
+    signature->setAutoRaise(true);
+    layout->addWidget(signature);
+    m_ui->mainToolBar->addWidget(frame)->setObjectName(QStringLiteral("imageStampToolbarItem"));
 }
 
 void DocumentWindow::addToolBarSpace()

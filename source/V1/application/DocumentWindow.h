@@ -5,8 +5,6 @@
 #include <memory>
 #include <vector>
 
-class QComboBox;
-class QToolButton;
 class StampViewToolbar;
 
 namespace Ui
@@ -35,6 +33,7 @@ protected:
 private:
     void makeToolBar();
     void makeStampToolbar();
+    void addSignatureButton();
     void addToolBarSpace();
     SegmentedControl *makeSegments(const QString &name);
     void applyIcons();

@@ -4,13 +4,25 @@
 #include "platform/widgets/Alert.h"
 #include "platform/widgets/DocumentController.h"
 
+namespace
+{
+
+constexpr int recentDelayMilliseconds = 300;
+
+} // namespace
+
 PDFDocumentModel::PDFDocumentModel(QObject *parent) : Document(parent)
 {
     connect(this, &Document::saved, this, &PDFDocumentModel::noteAsRecent);
+    m_recentTimer.setSingleShot(true);
+    m_recentTimer.setInterval(recentDelayMilliseconds);
+    connect(&m_recentTimer, &QTimer::timeout, this, &PDFDocumentModel::noteAsRecent);
 }
 
 PDFDocumentModel::~PDFDocumentModel()
 {
+    if (m_recentTimer.isActive())
+        noteAsRecent(); // closed before its time
     // Windows and undo steps refer to the pages.
     destroyWindowControllers();
     undoManager().removeAllSteps();
@@ -32,7 +44,8 @@ void PDFDocumentModel::makeWindowControllers()
 inkory::Result<void> PDFDocumentModel::readFromURL(const QUrl &url, const QString &)
 {
     m_pdfDoc = std::make_unique<KRPDFDocument>();
-    connect(m_pdfDoc.get(), &KRPDFDocument::stateChanged, this, &PDFDocumentModel::noteAsRecent);
+    // Not before the first page is drawn: writing the list competes with it for processor and disk.
+    connect(m_pdfDoc.get(), &KRPDFDocument::stateChanged, &m_recentTimer, qOverload<>(&QTimer::start));
     m_pdfDoc->initWithURL(url.toLocalFile());
     return {};
 }

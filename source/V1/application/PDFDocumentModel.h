@@ -3,6 +3,8 @@
 #include "V1/stamps/KRPDFDocument.h"
 #include "platform/widgets/Document.h"
 
+#include <QTimer>
+
 #include <memory>
 
 class PDFWindowController;
@@ -36,6 +38,8 @@ public:
 
 private:
     void noteAsRecent();
+
+    QTimer m_recentTimer;
 
     std::unique_ptr<KRPDFDocument> m_pdfDoc;
     PDFWindowController *m_pdfWindowController = nullptr; // owned by the list of window controllers

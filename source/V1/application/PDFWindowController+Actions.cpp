@@ -6,9 +6,11 @@
 #include "V1/application/DocumentStatusBar.h"
 #include "V1/editing/KRPDFView.h"
 #include "V1/stamps/KRPDFDocument.h"
+#include "platform/widgets/Alert.h"
 #include "platform/widgets/Document.h"
 #include "platform/widgets/DocumentController.h"
 #include "platform/widgets/InterfaceDescriptions.h"
+#include "platform/widgets/PlainToolTip.h"
 #include "platform/widgets/SegmentedControl.h"
 
 #include <QAction>
@@ -18,7 +20,6 @@
 #include <QLineEdit>
 #include <QLocale>
 #include <QMenu>
-#include <QMessageBox>
 #include <QToolButton>
 
 using namespace inkory;
@@ -49,8 +50,8 @@ void PDFWindowController::connectFileActions()
     onTriggered("actionSave", [this, owner] { owner->saveDocument(this); });
     onTriggered("actionSaveAs", [this, owner] { owner->saveDocumentAs(this); });
     connect(owner, &Document::savingChanged, this, [this](bool isSaving) {
-        if (isSaving)
-            m_statusBar->showInlineMessage(tr("Saving…"), DocumentStatusBar::Stay::AWhile);
+        m_isSaving = isSaving;
+        showGeometryState();
     });
     connect(owner, &Document::saved, this,
             [this] { m_statusBar->showInlineMessage(tr("Saved."), DocumentStatusBar::Stay::AWhile); });
@@ -61,11 +62,12 @@ void PDFWindowController::fillRecentMenu()
     auto *menu = window()->findChild<QMenu *>(QStringLiteral("menuOpenRecent"));
     DocumentController *controller = DocumentController::sharedDocumentController();
     menu->clear();
+    menu->setToolTipsVisible(true);
     const QList<QUrl> urls = controller ? controller->recentDocumentURLs() : QList<QUrl>();
     for (const QUrl &url : urls) {
         QString name = QFileInfo(url.toLocalFile()).fileName();
         QAction *item = menu->addAction(name.replace(QLatin1Char('&'), QLatin1String("&&")));
-        item->setToolTip(url.toLocalFile().toHtmlEscaped());
+        item->setToolTip(plainToolTip(url.toLocalFile()));
         connect(item, &QAction::triggered, this,
                 [controller, url] { controller->openDocumentsReportingFailures({url}); });
     }
@@ -193,16 +195,17 @@ void PDFWindowController::updatePageCommands()
     outlet<SegmentedControl>(*window(), QStringLiteral("rotateControl"))->setEnabled(canChange);
     for (const char *name : {"actionSave", "actionSaveAs"})
         outlet<QAction>(*window(), QLatin1String(name))->setEnabled(canChange);
+    for (const char *name : {"actionSelectTool", "actionSignatureTool"})
+        outlet<QAction>(*window(), QLatin1String(name))->setEnabled(offersTools());
+    m_toolSelectionControl->setEnabled(offersTools());
 }
 
 void PDFWindowController::showAbout()
 {
-    QMessageBox about(window());
-    about.setWindowTitle(tr("About Inkory"));
-    about.setTextFormat(Qt::PlainText);
-    about.setText(tr("Inkory %1").arg(QCoreApplication::applicationVersion()));
-    about.setInformativeText(tr("Puts signatures on PDF documents.\nFree software under the GNU General Public "
-                                "License, version 3 or later."));
-    about.setIconPixmap(QIcon(QStringLiteral(":/icons/io.github.inkory.Inkory.svg")).pixmap(64, 64));
-    about.exec();
+    Alert about;
+    about.style = Alert::Style::Informational;
+    about.messageText = tr("Inkory %1").arg(QCoreApplication::applicationVersion());
+    about.informativeText = tr("Puts signatures on PDF documents.\nFree software under the GNU General Public "
+                               "License, version 3 or later.");
+    about.runModal(window());
 }

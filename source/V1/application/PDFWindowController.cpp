@@ -15,6 +15,7 @@
 #include <QAction>
 #include <QComboBox>
 #include <QKeyEvent>
+#include <QPainter>
 #include <QStackedWidget>
 #include <QToolButton>
 
@@ -27,6 +28,26 @@ namespace
 
 // A page is not enlarged beyond this when a document is shown for the first time.
 constexpr double maxFirstZoom = 1.5;
+
+// The image on a small sheet: ink is drawn for paper, also in dark themes.
+QPixmap onPaper(const QImage &image, const QSize &sheet, double devicePixelRatio)
+{
+    QPixmap pixmap(sheet * devicePixelRatio);
+    pixmap.setDevicePixelRatio(devicePixelRatio);
+    pixmap.fill(Qt::transparent);
+    QPainter painter(&pixmap);
+    painter.setRenderHint(QPainter::Antialiasing);
+    painter.setPen(QPen(QColor(0, 0, 0, 60), 1));
+    painter.setBrush(Qt::white);
+    painter.drawRoundedRect(QRectF(QPointF(0, 0), QSizeF(sheet)).adjusted(0.5, 0.5, -0.5, -0.5), 3, 3);
+    const QSizeF fitted = QSizeF(image.size()).scaled(QSizeF(sheet) - QSizeF(8, 4), Qt::KeepAspectRatio);
+    const QImage scaled = image.convertToFormat(QImage::Format_ARGB32_Premultiplied)
+                              .scaled((fitted * devicePixelRatio).toSize().expandedTo(QSize(1, 1)),
+                                      Qt::IgnoreAspectRatio, Qt::SmoothTransformation);
+    painter.drawImage(
+        QRectF(QPointF((sheet.width() - fitted.width()) / 2, (sheet.height() - fitted.height()) / 2), fitted), scaled);
+    return pixmap;
+}
 
 } // namespace
 
@@ -76,6 +97,8 @@ void PDFWindowController::windowDidLoad()
     showDocumentState();
 }
 
+// The two notifications that a stamp was added call for nothing here: the tool stays, so that the next click adds
+// another.
 void PDFWindowController::observeNotifications()
 {
     NotificationCenter::defaultCenter().addObserver(
@@ -166,9 +189,15 @@ void PDFWindowController::setImageStampViewImage(const ImagePtr &image)
     m_pdfView->setStampImage(image);
 }
 
+// A document that is only read, or not open, has nothing to place stamps on.
+bool PDFWindowController::offersTools() const
+{
+    return m_pdfDoc && m_pdfDoc->state() == PDFDocument::State::Open && m_pdfDoc->readOnlyReason().isEmpty();
+}
+
 bool PDFWindowController::keyDown(QKeyEvent &event)
 {
-    if (hasAnyModifier(event))
+    if (hasAnyModifier(event) || !offersTools())
         return false;
     switch (physicalKey(event)) {
     case PhysicalKey::V:
@@ -194,12 +223,12 @@ void PDFWindowController::showDocumentState()
             m_pdfView->fitPageWidth();
             m_pdfView->setScaleFactor(std::min(m_pdfView->scaleFactor(), maxFirstZoom));
             m_pdfView->goToPage(0);
+            m_pdfView->requestVisibleContent();
         }
     } else {
         m_statePage->showState(*m_pdfDoc, document() ? document()->displayName() : QString());
         m_pageArea->setCurrentWidget(m_statePage);
     }
-    m_toolSelectionControl->setEnabled(isOpen);
     showGeometryState();
     showCurrentPage();
     showZoomFactor();
@@ -208,9 +237,9 @@ void PDFWindowController::showDocumentState()
 void PDFWindowController::showGeometryState()
 {
     updatePageCommands();
-    m_statusBar->showInlineMessage(m_pdfDoc->state() == PDFDocument::State::Open ? m_pdfDoc->readOnlyReason()
-                                                                                 : QString(),
-                                   DocumentStatusBar::Stay::UntilReplaced);
+    const bool isOpen = m_pdfDoc && m_pdfDoc->state() == PDFDocument::State::Open;
+    const QString readOnlyReason = isOpen ? m_pdfDoc->readOnlyReason() : QString();
+    m_statusBar->showInlineMessage(m_isSaving ? tr("Saving…") : readOnlyReason, DocumentStatusBar::Stay::UntilReplaced);
 }
 
 void PDFWindowController::showSignatureImage()
@@ -221,9 +250,6 @@ void PDFWindowController::showSignatureImage()
     if (!m_imageStampViewImage)
         return;
     const QSize frame = m_imageStampToolbarImageView->iconSize();
-    const double ratio = m_imageStampToolbarImageView->devicePixelRatioF();
-    const QImage fitted = m_imageStampViewImage->pixels()
-                              .convertToFormat(QImage::Format_ARGB32_Premultiplied)
-                              .scaled((QSizeF(frame) * ratio).toSize(), Qt::KeepAspectRatio, Qt::SmoothTransformation);
-    m_imageStampToolbarImageView->setIcon(QIcon(QPixmap::fromImage(fitted)));
+    m_imageStampToolbarImageView->setIcon(
+        QIcon(onPaper(m_imageStampViewImage->pixels(), frame, m_imageStampToolbarImageView->devicePixelRatioF())));
 }

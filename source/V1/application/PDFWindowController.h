@@ -81,6 +81,7 @@ private:
     void showCurrentPage();
     void updateUndoActions();
     void updatePageCommands();
+    bool offersTools() const;
     void showSignatureImage();
     void showAbout();
 
@@ -88,6 +89,7 @@ private:
     inkory::ImagePtr m_imageStampViewImage;
     ToolType m_currentToolType = ToolTypeSelect;
     bool m_hasChosenFirstZoom = false;
+    bool m_isSaving = false;
 
     // Outlets; they belong to the window.
     KRPDFView *m_pdfView = nullptr;

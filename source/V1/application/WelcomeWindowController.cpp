@@ -224,14 +224,25 @@ bool WelcomeWindowController::eventFilter(QObject *watched, QEvent *event)
     if (m_recentDocumentsTableView && watched == m_recentDocumentsTableView->viewport() &&
         event->type() == QEvent::Resize)
         fillColumn();
-    if (watched == m_recentDocumentsTableView && event->type() == QEvent::KeyPress) {
-        const int key = static_cast<const QKeyEvent &>(*event).key();
-        if (key == Qt::Key_Return || key == Qt::Key_Enter) {
-            openSelectedDocument();
-            return true;
-        }
-    }
+    if (watched == m_recentDocumentsTableView && event->type() == QEvent::KeyPress &&
+        handleTableKey(static_cast<const QKeyEvent &>(*event).key()))
+        return true;
     return WindowController::eventFilter(watched, event);
+}
+
+bool WelcomeWindowController::handleTableKey(int key)
+{
+    if (key == Qt::Key_Return || key == Qt::Key_Enter) {
+        openSelectedDocument();
+        return true;
+    }
+    // A list that gets the focus makes its first row the current one without selecting it; the key would go to the
+    // second.
+    const bool moves = key == Qt::Key_Down || key == Qt::Key_Up;
+    if (!moves || hasValidSelection() || m_recentDocuments.isEmpty())
+        return false;
+    m_recentDocumentsTableView->selectRow(0);
+    return true;
 }
 
 /// Looks into the files when a drag enters, not at each of its moves. The pointer's shape follows from accepting or

@@ -59,6 +59,7 @@ protected:
 private:
     void styleTexts();
     void makeShortcuts();
+    bool handleTableKey(int key);
     bool handleDragEvent(QEvent &event);
     void tableViewSelectionDidChange();
     void growColumn(int row);

@@ -1,14 +1,19 @@
 #include "V1/application/AppDelegate.h"
+#include "platform/pdf/PageSource.h"
 
 #include <QApplication>
 #include <QFileInfo>
 #include <QIcon>
+#include <QThreadPool>
 #include <QTimer>
 
 #include <csignal>
+#include <cstdlib>
 
 namespace
 {
+
+constexpr int workerPatienceMilliseconds = 500;
 
 /// An argument is a path or a URL; there are no options.
 QUrl urlFromArgument(const QString &argument)
@@ -26,6 +31,7 @@ int main(int argc, char **argv)
     QApplication application(argc, argv);
     Q_INIT_RESOURCE(inkory);
     QApplication::setApplicationName(QStringLiteral("inkory"));
+    QApplication::setApplicationVersion(QStringLiteral(INKORY_VERSION));
     QApplication::setApplicationDisplayName(QStringLiteral("Inkory"));
     QApplication::setDesktopFileName(QStringLiteral("io.github.inkory.Inkory"));
     QApplication::setWindowIcon(QIcon(QStringLiteral(":/icons/io.github.inkory.Inkory.svg")));
@@ -37,8 +43,17 @@ int main(int argc, char **argv)
     for (const QString &argument : arguments)
         files.append(urlFromArgument(argument));
 
-    AppDelegate delegate;
-    // From inside the event loop: a modal session that runs before it would not notice that the program is to quit.
-    QTimer::singleShot(0, &delegate, [&delegate, files] { delegate.launch(files); });
-    return QApplication::exec();
+    int status = 0;
+    {
+        AppDelegate delegate;
+        // From inside the event loop: a modal session that runs before it would not notice that the program is to quit.
+        QTimer::singleShot(0, &delegate, [&delegate, files] { delegate.launch(files); });
+        status = QApplication::exec();
+    }
+    // All documents are closed now. What workers still do for them (a hostile file may keep one busy for minutes) is of
+    // no use.
+    const bool allDone = QThreadPool::globalInstance()->waitForDone(workerPatienceMilliseconds);
+    if (!allDone || inkory::pageSourcesAreBusy())
+        std::_Exit(status);
+    return status;
 }

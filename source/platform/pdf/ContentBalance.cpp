@@ -39,20 +39,40 @@ private:
     std::string &m_bytes;
 };
 
-/// Follows saves, restores and text objects, token by token.
+/// Follows saves, restores, text objects and whatever else is opened and closed, token by token.
 class BalanceFilter : public QPDFObjectHandle::TokenFilter
 {
 public:
     void handleToken(const Token &token) override
     {
+        followNesting(token.getType());
         if (token.getType() == QPDFTokenizer::tt_word && isUnmatched(token.getValue()))
             return;
         writeToken(token);
     }
 
-    const ContentBalance &balance() const { return m_balance; }
+    ContentBalance balance() const
+    {
+        ContentBalance balance = m_balance;
+        balance.isSound = m_balance.isSound && m_awaitedEnds.empty() && !m_isInImage;
+        return balance;
+    }
 
 private:
+    void followNesting(QPDFTokenizer::token_type_e type)
+    {
+        const bool isEnd = type == QPDFTokenizer::tt_array_close || type == QPDFTokenizer::tt_dict_close;
+        if (type == QPDFTokenizer::tt_array_open) {
+            m_awaitedEnds.push_back(QPDFTokenizer::tt_array_close);
+        } else if (type == QPDFTokenizer::tt_dict_open) {
+            m_awaitedEnds.push_back(QPDFTokenizer::tt_dict_close);
+        } else if (isEnd && !m_awaitedEnds.empty() && m_awaitedEnds.back() == type) {
+            m_awaitedEnds.pop_back();
+        } else if (isEnd || type == QPDFTokenizer::tt_bad || (type == QPDFTokenizer::tt_inline_image && !m_isInImage)) {
+            m_balance.isSound = false;
+        }
+    }
+
     bool isUnmatched(const std::string &word)
     {
         if (word == "q") {
@@ -64,11 +84,15 @@ private:
             return true;
         } else if (word == "BT" || word == "ET") {
             m_balance.isTextOpen = word == "BT";
+        } else if (word == "BI" || word == "EI") {
+            m_isInImage = word == "BI";
         }
         return false;
     }
 
     ContentBalance m_balance;
+    std::vector<QPDFTokenizer::token_type_e> m_awaitedEnds;
+    bool m_isInImage = false;
 };
 
 class NameFilter : public QPDFObjectHandle::TokenFilter

@@ -18,6 +18,9 @@ struct ContentBalance
     int openSaves = 0;
     /// Whether it ends inside a text object.
     bool isTextOpen = false;
+    /// Whether what is written after it is read as it is meant: false where there is a token that is none, or where a
+    /// string, an array, a dictionary or an inline image is not closed.
+    bool isSound = true;
 };
 
 ContentBalance contentBalance(const std::string &content);

@@ -86,20 +86,21 @@ bool sameContent(const struct stat &a, const struct stat &b)
     return a.st_size == b.st_size && a.st_mtim.tv_sec == b.st_mtim.tv_sec && a.st_mtim.tv_nsec == b.st_mtim.tv_nsec;
 }
 
-// Answers the folder, which exists then and is nobody else's to look into; 0 or the error code.
+// Answers the folder, which exists then (what is in it is for the owner alone); 0 or the error code.
 int makeCopiesFolder(QString &folder)
 {
     QString state = qEnvironmentVariable("XDG_STATE_HOME");
     if (!QDir::isAbsolutePath(state))
         state = QDir::homePath() + QStringLiteral("/.local/state");
-    errno = 0;
     if (!QDir().mkpath(state))
-        return errno != 0 ? errno : EACCES;
+        return QFileInfo::exists(state) ? ENOTDIR : EACCES;
     folder = state;
     for (const QString &part : {QStringLiteral("/inkory"), QStringLiteral("/documents")}) {
         folder += part;
         if (::mkdir(QFile::encodeName(folder).constData(), 0700) != 0 && errno != EEXIST)
             return errno;
+        if (!QFileInfo(folder).isDir())
+            return ENOTDIR;
     }
     return 0;
 }
@@ -178,10 +179,17 @@ DocumentFile::~DocumentFile()
 {
     if (void *mapped = m_mapped.load())
         ::munmap(mapped, static_cast<std::size_t>(m_mappedSize));
-    if (!m_copyPath.isEmpty())
-        ::unlink(QFile::encodeName(m_copyPath).constData());
+    removePrivateCopy();
     if (m_descriptor >= 0)
         ::close(m_descriptor);
+}
+
+void DocumentFile::removePrivateCopy()
+{
+    const std::lock_guard lock(m_copying);
+    if (!m_copyPath.isEmpty())
+        ::unlink(QFile::encodeName(m_copyPath).constData());
+    m_copyPath.clear();
 }
 
 QString DocumentFile::descriptorPath() const

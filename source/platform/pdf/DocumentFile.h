@@ -40,6 +40,9 @@ public:
     /// The private copy's bytes, without copying them; valid as long as this object. Only once hasPrivateCopy().
     QByteArray bytes() const;
 
+    /// Removes the private copy from the disk; its bytes stay readable as long as this object. For a deliberate close.
+    void removePrivateCopy();
+
     /// Size of the file in bytes when it was opened.
     qint64 size() const { return m_size; }
 

@@ -67,8 +67,9 @@ public:
     virtual FileStructure readStructure(const QByteArray &file, const QByteArray &password) = 0;
 
     /// The whole new file. Every overlay becomes one form XObject drawn after the page's content under the page's
-    /// initial graphics state; everything else of the file stays as it was, encryption included. The result has been
-    /// read again and has as many pages as asked for. Fails with a sentence for the person.
+    /// initial graphics state; everything else of the file stays as it was, encryption included (of the older of
+    /// two ciphers in one kind of file the library makes the newer one; passwords and permissions stay). The result has
+    /// been read again and has as many pages as asked for. Fails with a sentence for the person.
     virtual Result<QByteArray> write(const WriteRequest &request) = 0;
 };
 

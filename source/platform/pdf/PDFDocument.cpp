@@ -19,8 +19,8 @@ namespace inkory
 namespace
 {
 
-// A longer password crashes one of the libraries on some files.
-constexpr int maxPasswordBytes = 127;
+// Points. What is larger is shown cut off.
+constexpr double maxPageSide = 14'400;
 
 // How far the two libraries' page sizes may differ, in points: one of them rounds.
 constexpr double sizeTolerance = 1.0;
@@ -50,7 +50,11 @@ Result<QByteArray> writeSnapshot(DocumentWriter &writer, const DocumentFile &fil
 
 PDFDocument::PDFDocument(QObject *parent) : QObject(parent), m_writer(makeDocumentWriter()) {}
 
-PDFDocument::~PDFDocument() = default;
+PDFDocument::~PDFDocument()
+{
+    if (m_file)
+        m_file->removePrivateCopy(); // workers that are still busy may hold on to the file
+}
 
 void PDFDocument::initWithURL(const QString &path)
 {
@@ -67,18 +71,19 @@ void PDFDocument::initWithURL(const QString &path)
         [this](const Result<void> &copy) {
             if (!copy) {
                 logLine(QStringLiteral("no private copy of the document: %1").arg(copy.error().message));
-                settleGeometry(tr("This document can only be read: no working copy of it could be made. %1")
-                                   .arg(copy.error().message));
-            } else if (m_state == State::Open) {
-                startReadingStructure();
+                m_noCopyReason = tr("This document can only be read: no working copy of it could be made. %1")
+                                     .arg(copy.error().message);
             }
+            m_copyIsDecided = true;
+            if (m_state == State::Open)
+                startReadingStructure();
         });
 }
 
 void PDFDocument::unlock(const QString &password)
 {
     if (m_state == State::Locked)
-        openSource(password.toUtf8().left(maxPasswordBytes));
+        openSource(password.toUtf8());
 }
 
 bool PDFDocument::canSave() const
@@ -135,7 +140,6 @@ std::function<Result<QByteArray>()> PDFDocument::snapshotForWriting()
             const PageRect box = page->boundsForBox(DisplayBox::CropBox);
             written.overlayPage = recorder.beginPage(*page);
             written.overlayOrigin = {box.x, box.y};
-            const DrawingContext::Scope scope(recorder);
             page->drawWithBox(DisplayBox::CropBox, recorder);
         }
         request.pages.push_back(written);
@@ -201,7 +205,7 @@ void PDFDocument::sourceOpened(const OpenOutcome &outcome)
     m_state = State::Open;
     m_message.clear();
     Q_EMIT stateChanged();
-    if (m_file->hasPrivateCopy())
+    if (m_copyIsDecided)
         startReadingStructure();
 }
 
@@ -210,6 +214,11 @@ void PDFDocument::startReadingStructure()
     if (std::exchange(m_readingStructure, true))
         return; // the copy and the first page became ready in the same pass of the event loop
     m_pageSource->measureAllPages([this](const std::vector<QSizeF> &sizes) {
+        if (!m_noCopyReason.isEmpty()) {
+            layOutAsDrawn(sizes);
+            settleGeometry(m_noCopyReason);
+            return;
+        }
         runInBackground(
             this,
             [writer = m_writer, file = m_file, password = m_password] {
@@ -222,6 +231,7 @@ void PDFDocument::startReadingStructure()
 void PDFDocument::compareStructures(const FileStructure &structure, const std::vector<QSizeF> &drawnSizes)
 {
     if (!structure.cannotWriteReason.isEmpty() && structure.pages.size() != m_pages.size()) {
+        layOutAsDrawn(drawnSizes);
         settleGeometry(structure.cannotWriteReason);
         return;
     }
@@ -233,7 +243,6 @@ void PDFDocument::compareStructures(const FileStructure &structure, const std::v
     }
     if (!agree) {
         layOutAsDrawn(drawnSizes);
-        Q_EMIT layoutChanged();
         settleGeometry(tr("This document can only be read: parts of it are damaged or contradict each other, so that a "
                           "signature could end up in the wrong place."));
         return;
@@ -250,9 +259,11 @@ void PDFDocument::layOutAsDrawn(const std::vector<QSizeF> &drawnSizes)
         const auto source = static_cast<std::size_t>(page->sourceIndex());
         if (source >= drawnSizes.size() || drawnSizes[source].isEmpty())
             continue;
-        const PageRect box{0, 0, drawnSizes[source].width(), drawnSizes[source].height()};
+        const QSizeF size = drawnSizes[source].boundedTo(QSizeF(maxPageSide, maxPageSide)); // a file may say anything
+        const PageRect box{0, 0, size.width(), size.height()};
         page->setGeometry({box, box, 0});
     }
+    Q_EMIT layoutChanged();
 }
 
 void PDFDocument::settleGeometry(const QString &readOnlyReason)

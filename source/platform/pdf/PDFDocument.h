@@ -106,6 +106,8 @@ private:
     QString m_message;
     QByteArray m_password;
     QString m_readOnlyReason;
+    bool m_copyIsDecided = false; // made, or not to be had
+    QString m_noCopyReason;
     bool m_readingStructure = false;
     bool m_geometrySettled = false;
 };

@@ -54,8 +54,8 @@ enum class DrawPriority { Visible, Thumbnail, Ahead };
 using DrawToken = quint64;
 
 /// Draws pages of one file off the main thread. All calls come from the main thread and return at once; all answers
-/// arrive there, from the event loop. Destroying the source cancels everything and waits at most for the operators
-/// being drawn.
+/// arrive there, from the event loop. Destroying the source cancels everything and waits for nothing: one
+/// operator of a hostile page may take minutes, and is left to itself then.
 class PageSource
 {
 public:
@@ -83,5 +83,8 @@ public:
 /// The drawing library in this process, on two drawing threads with a document of their own each, one of them kept free
 /// for visible pages, and a third thread for measuring.
 std::unique_ptr<PageSource> makePageSource();
+
+/// Whether threads of page sources that are gone are still at work: a process that ends now must not wait for them.
+bool pageSourcesAreBusy();
 
 } // namespace inkory

@@ -49,20 +49,67 @@ std::string drawing(QPDF &document, const std::string &name, PagePoint origin)
     return isTagged(document) ? "/Artifact BMC\n" + draw + "EMC\n" : draw;
 }
 
-// Answers the name under which the page's content draws the form.
-std::string addToResources(const QpdfPage &page, const QPDFObjectHandle &form)
+// Copies, because other pages may use the same dictionaries.
+QPDFObjectHandle giveOwnResources(const QpdfPage &page)
 {
-    // Copies, because other pages may use the same dictionaries.
     QPDFObjectHandle resources =
         page.resources->isDictionary() ? page.resources->shallowCopy() : QPDFObjectHandle::newDictionary();
     QPDFObjectHandle objects = resources.getKey("/XObject");
-    objects = objects.isDictionary() ? objects.shallowCopy() : QPDFObjectHandle::newDictionary();
-    resources.replaceKey("/XObject", objects);
-    int suffix = 1;
-    const std::string name = resources.getUniqueResourceName("/Stamp", suffix);
-    objects.replaceKey(name, form);
+    resources.replaceKey("/XObject",
+                         objects.isDictionary() ? objects.shallowCopy() : QPDFObjectHandle::newDictionary());
     page.object->replaceKey("/Resources", resources);
+    return resources;
+}
+
+// Answers the name under which the page's content draws the form.
+std::string addForm(QPDFObjectHandle resources, const std::string &prefix, const QPDFObjectHandle &form)
+{
+    int suffix = 1;
+    const std::string name = resources.getUniqueResourceName(prefix, suffix);
+    resources.getKey("/XObject").replaceKey(name, form);
     return name;
+}
+
+QPDFObjectHandle deflatedStream(QPDF &document, const std::string &bytes)
+{
+    QPDFObjectHandle stream = document.newStream();
+    stream.replaceStreamData(deflated(bytes), QPDFObjectHandle::newName("/FlateDecode"), QPDFObjectHandle::newNull());
+    return stream;
+}
+
+// The page's content as a form: whatever it leaves open ends with the form. Without a transparency group it draws the
+// same as on the page itself.
+QPDFObjectHandle contentForm(QPDF &document, const QpdfPage &page, const std::string &content)
+{
+    std::vector<QPDFObjectHandle> streams = contentStreams(*page.object);
+    // A single one as it is stored: some viewers may decode more of a damaged one than we do.
+    QPDFObjectHandle form = streams.size() == 1 ? streams.front().copyStream() : deflatedStream(document, content);
+    QPDFObjectHandle dictionary = form.getDict();
+    const PageRect box = page.geometry.mediaBox;
+    dictionary.replaceKey("/Type", QPDFObjectHandle::newName("/XObject"));
+    dictionary.replaceKey("/Subtype", QPDFObjectHandle::newName("/Form"));
+    dictionary.replaceKey("/BBox", QPDFObjectHandle::newFromRectangle({box.x, box.y, box.maxX(), box.maxY()}));
+    dictionary.replaceKey("/Resources",
+                          page.resources->isDictionary() ? *page.resources : QPDFObjectHandle::newDictionary());
+    return form;
+}
+
+// The page's content between a save and as many restores as bring back the state in which the page begins.
+std::vector<QPDFObjectHandle> balancedContent(QPDF &document, const QpdfPage &page, const DecodedContent &content,
+                                              const ContentBalance &balance)
+{
+    std::vector<QPDFObjectHandle> streams = contentStreams(*page.object);
+    int addedSaves = 1;
+    if (balance.unmatchedRestores > 0 && content.isComplete) {
+        // Viewers ignore these restores. Behind a save of ours they would undo what the page has set up.
+        streams = {deflatedStream(document, withoutUnmatchedRestores(content.bytes))};
+    } else {
+        addedSaves += std::min(balance.unmatchedRestores, maxAddedSaves);
+    }
+    streams.insert(streams.begin(), document.newStream(repeated("q\n", addedSaves)));
+    streams.push_back(document.newStream('\n' + std::string(balance.isTextOpen ? "ET\n" : "") +
+                                         repeated("Q ", 1 + balance.openSaves) + '\n'));
+    return streams;
 }
 
 } // namespace
@@ -71,23 +118,19 @@ void stampPage(QPDF &document, const QpdfPage &page, const QPDFObjectHandle &for
 {
     const DecodedContent content = decodedContent(*page.object);
     const ContentBalance balance = contentBalance(content.bytes);
-    const std::string draw = drawing(document, addToResources(page, form), origin);
+    const QPDFObjectHandle resources = giveOwnResources(page);
+    const std::string draw = drawing(document, addForm(resources, "/Stamp", form), origin);
 
-    std::vector<QPDFObjectHandle> streams = contentStreams(*page.object);
-    int addedSaves = 1;
-    if (balance.unmatchedRestores > 0 && content.isComplete) {
-        // Viewers ignore these restores. Behind a save of ours they would undo what the page has set up.
-        QPDFObjectHandle stream = document.newStream();
-        stream.replaceStreamData(deflated(withoutUnmatchedRestores(content.bytes)),
-                                 QPDFObjectHandle::newName("/FlateDecode"), QPDFObjectHandle::newNull());
-        streams = {stream};
+    std::vector<QPDFObjectHandle> streams;
+    const bool isSound = content.isComplete && balance.isSound;
+    if (!isSound && (content.isComplete || contentStreams(*page.object).size() == 1)) {
+        // What follows such content could be swallowed by it, as part of a string for instance.
+        const std::string name = addForm(resources, "/Content", contentForm(document, page, content.bytes));
+        streams.push_back(document.newStream("q " + name + " Do Q\n"));
     } else {
-        addedSaves += std::min(balance.unmatchedRestores, maxAddedSaves);
+        streams = balancedContent(document, page, content, balance);
     }
-    const std::string end =
-        '\n' + std::string(balance.isTextOpen ? "ET\n" : "") + repeated("Q ", 1 + balance.openSaves) + '\n';
-    streams.insert(streams.begin(), document.newStream(repeated("q\n", addedSaves)));
-    streams.push_back(document.newStream(end + draw));
+    streams.push_back(document.newStream(draw));
     page.object->replaceKey("/Contents", QPDFObjectHandle::newArray(streams));
 }
 

@@ -8,10 +8,13 @@
 #include <QCoreApplication>
 #include <QFile>
 #include <QObject>
+#include <QTimer>
 
 #include <algorithm>
 #include <array>
 #include <cmath>
+#include <mutex>
+#include <thread>
 #include <unordered_map>
 
 #include <poppler-qt6.h>
@@ -26,6 +29,7 @@ constexpr int maxPages = 100'000;
 constexpr int maxRegionSide = 32'767;
 constexpr qint64 maxRegionPixels = 64'000'000;
 constexpr double maxScale = 1000;
+constexpr int measuringDelayMilliseconds = 100;
 constexpr double maxPageSide = 14'400;
 
 constexpr int measuringPriority = static_cast<int>(DrawPriority::Ahead) + 1;
@@ -80,12 +84,15 @@ public:
         if (!origin)
             return nullptr;
         // A file without a private copy may change under the library's hands, so the copy is taken as soon as it
-        // exists.
+        // exists, but for the first page: it is shown from what is open already.
         const bool copyExists = origin->file->hasPrivateCopy();
-        if (m_origin != origin || m_fromCopy != copyExists)
+        const bool changesToCopy = copyExists && !m_fromCopy && m_hasDrawn;
+        if (m_origin != origin || changesToCopy)
             open(origin, copyExists);
         return m_document.get();
     }
+
+    void noteDrawn() { m_hasDrawn = true; }
 
     void clear()
     {
@@ -100,6 +107,7 @@ private:
         clear();
         m_origin = origin;
         m_fromCopy = fromCopy;
+        m_hasDrawn = false;
         for (const QByteArray &password : passwordCandidates(origin->password)) {
             m_document = load(*origin->file, fromCopy, password);
             if (!m_document || !m_document->isLocked())
@@ -132,6 +140,7 @@ private:
 
     std::shared_ptr<const Origin> m_origin; // outlives the document, which reads its bytes
     bool m_fromCopy = false;
+    bool m_hasDrawn = false;
     QByteArray m_repaired;
     DocumentPtr m_document;
 };
@@ -233,10 +242,62 @@ template <class Value, class Function> Value guarded(Function function, Value fa
     }
 }
 
+/// Carries answers from workers to the main thread as long as somebody waits for them there.
+class Mailbox
+{
+public:
+    /// Called on a worker; the function runs on the main thread, unless the mailbox is closed by then.
+    template <class Function> void post(Function function)
+    {
+        const std::lock_guard lock(m_mutex);
+        if (m_receiver)
+            QMetaObject::invokeMethod(m_receiver.get(), std::move(function), Qt::QueuedConnection);
+    }
+
+    /// Main thread only.
+    QObject *receiver() const { return m_receiver.get(); }
+    void close()
+    {
+        const std::lock_guard lock(m_mutex);
+        m_receiver.reset();
+    }
+
+private:
+    std::mutex m_mutex;
+    std::unique_ptr<QObject> m_receiver = std::make_unique<QObject>();
+};
+
+/// The threads of one page source and what they work on.
+struct Workers
+{
+    std::array<WorkerDocument, 3> documents; // each touched by the worker with its index only
+    Mailbox mailbox;
+    RenderQueue queue{{{static_cast<int>(DrawPriority::Visible), static_cast<int>(DrawPriority::Ahead)},
+                       {static_cast<int>(DrawPriority::Visible), static_cast<int>(DrawPriority::Visible)},
+                       {measuringPriority, measuringPriority}}}; // last: its threads use the rest until they have ended
+};
+
+std::atomic<int> retiredWorkers = 0;
+
+// One operator of a hostile page may take minutes, and nothing stops it: the threads are waited for elsewhere.
+void retire(std::unique_ptr<Workers> workers)
+{
+    workers->mailbox.close();
+    workers->queue.stop();
+    if (!workers->queue.isBusy())
+        return;
+    ++retiredWorkers;
+    std::thread([held = std::move(workers)]() mutable {
+        held.reset();
+        --retiredWorkers;
+    }).detach();
+}
+
 class PopplerPageSource : public PageSource
 {
 public:
     PopplerPageSource();
+    ~PopplerPageSource() override { retire(std::move(m_workers)); }
 
     void open(std::shared_ptr<DocumentFile> file, const QByteArray &password, OpenDone done) override;
     void measureAllPages(MeasureDone done) override;
@@ -244,6 +305,8 @@ public:
     void cancel(DrawToken token) override;
 
 private:
+    void startMeasuring();
+
     template <class Done> struct Pending
     {
         RenderQueue::JobId id = 0;
@@ -252,26 +315,18 @@ private:
     template <class Done, class Outcome>
     void answer(Pending<Done> &pending, RenderQueue::JobId id, const Outcome &outcome);
 
-    // Called on a worker; the function runs on the main thread, unless this source is gone by then.
-    template <class Function> void post(Function function)
-    {
-        QMetaObject::invokeMethod(&m_receiver, std::move(function), Qt::QueuedConnection);
-    }
+    RenderQueue &queue() { return m_workers->queue; }
 
     std::shared_ptr<const Origin> m_origin;
     Pending<OpenDone> m_opening;
     Pending<MeasureDone> m_measuring;
     std::unordered_map<DrawToken, DrawDone> m_drawing;
-
-    QObject m_receiver;
-    std::array<WorkerDocument, 3> m_documents; // each touched by the worker with its index only
-    RenderQueue m_queue;                       // last: its workers use the rest until they have ended
+    bool m_measuringWaits = false;
+    bool m_hasShownPage = false;
+    std::unique_ptr<Workers> m_workers = std::make_unique<Workers>();
 };
 
 PopplerPageSource::PopplerPageSource()
-    : m_queue({{static_cast<int>(DrawPriority::Visible), static_cast<int>(DrawPriority::Ahead)},
-               {static_cast<int>(DrawPriority::Visible), static_cast<int>(DrawPriority::Visible)},
-               {measuringPriority, measuringPriority}})
 {
     // The library would write every flaw of a file to standard error.
     static const bool silenced = [] {
@@ -293,46 +348,63 @@ void PopplerPageSource::answer(Pending<Done> &pending, RenderQueue::JobId id, co
 
 void PopplerPageSource::open(std::shared_ptr<DocumentFile> file, const QByteArray &password, OpenDone done)
 {
-    m_queue.cancel(m_opening.id);
+    queue().cancel(m_opening.id);
     m_origin = std::make_shared<const Origin>(Origin{std::move(file), password});
     m_opening.done = std::move(done);
     m_opening.id =
-        m_queue.add(static_cast<int>(DrawPriority::Visible), [this, origin = m_origin](const RenderQueue::Run &run) {
-            WorkerDocument &document = m_documents[static_cast<std::size_t>(run.worker)];
+        queue().add(static_cast<int>(DrawPriority::Visible), [this, workers = m_workers.get(),
+                                                              origin = m_origin](const RenderQueue::Run &run) {
+            WorkerDocument &document = workers->documents[static_cast<std::size_t>(run.worker)];
             const OpenOutcome outcome = guarded([&] { return openOutcome(*origin, document.get(origin)); },
                                                 failure("This PDF document is damaged and cannot be shown."));
-            post([this, id = run.id, outcome] { answer(m_opening, id, outcome); });
+            workers->mailbox.post([this, id = run.id, outcome] { answer(m_opening, id, outcome); });
         });
 }
 
+// Measuring reads every page: it waits until the first page is drawn, or for a moment in case nobody wants to see one.
 void PopplerPageSource::measureAllPages(MeasureDone done)
 {
-    m_queue.cancel(m_measuring.id);
-    m_measuring.done = std::move(done);
-    m_measuring.id = m_queue.add(measuringPriority, [this, origin = m_origin](const RenderQueue::Run &run) {
-        WorkerDocument &document = m_documents[static_cast<std::size_t>(run.worker)];
-        const auto sizes =
-            guarded([&] { return pageSizes(document.get(origin), run.cancelled); }, std::vector<QSizeF>());
-        document.clear(); // nothing else is done on this worker, and the library keeps every page that it has seen
-        post([this, id = run.id, sizes] { answer(m_measuring, id, sizes); });
-    });
+    queue().cancel(m_measuring.id);
+    m_measuring = {0, std::move(done)};
+    m_measuringWaits = true;
+    if (m_hasShownPage)
+        startMeasuring();
+    else
+        QTimer::singleShot(measuringDelayMilliseconds, m_workers->mailbox.receiver(), [this] { startMeasuring(); });
+}
+
+void PopplerPageSource::startMeasuring()
+{
+    m_hasShownPage = true;
+    if (!std::exchange(m_measuringWaits, false))
+        return;
+    m_measuring.id = queue().add(
+        measuringPriority, [this, workers = m_workers.get(), origin = m_origin](const RenderQueue::Run &run) {
+            WorkerDocument &document = workers->documents[static_cast<std::size_t>(run.worker)];
+            const auto sizes =
+                guarded([&] { return pageSizes(document.get(origin), run.cancelled); }, std::vector<QSizeF>());
+            document.clear(); // nothing else is done on this worker, and the library keeps every page that it has seen
+            workers->mailbox.post([this, id = run.id, sizes] { answer(m_measuring, id, sizes); });
+        });
 }
 
 DrawToken PopplerPageSource::draw(const DrawRequest &request, DrawPriority priority, DrawDone done)
 {
-    const DrawToken token =
-        m_queue.add(static_cast<int>(priority), [this, request, origin = m_origin](const RenderQueue::Run &run) {
-            WorkerDocument &document = m_documents[static_cast<std::size_t>(run.worker)];
-            const auto image = guarded([&] { return drawRegion(document.get(origin), request, run); },
-                                       Result<QImage>(Error{text("This page cannot be drawn.")}));
-            if (run.cancelled)
-                return;
-            post([this, id = run.id, image] {
-                auto pending = m_drawing.extract(id);
-                if (!pending.empty())
-                    pending.mapped()(image);
-            });
+    const DrawToken token = queue().add(static_cast<int>(priority), [this, workers = m_workers.get(), request,
+                                                                     origin = m_origin](const RenderQueue::Run &run) {
+        WorkerDocument &document = workers->documents[static_cast<std::size_t>(run.worker)];
+        const auto image = guarded([&] { return drawRegion(document.get(origin), request, run); },
+                                   Result<QImage>(Error{text("This page cannot be drawn.")}));
+        document.noteDrawn();
+        if (run.cancelled)
+            return;
+        workers->mailbox.post([this, id = run.id, image] {
+            startMeasuring();
+            auto pending = m_drawing.extract(id);
+            if (!pending.empty())
+                pending.mapped()(image);
         });
+    });
     // The answer cannot come before this function has returned to the event loop.
     m_drawing.emplace(token, std::move(done));
     return token;
@@ -341,7 +413,7 @@ DrawToken PopplerPageSource::draw(const DrawRequest &request, DrawPriority prior
 void PopplerPageSource::cancel(DrawToken token)
 {
     if (m_drawing.erase(token) > 0)
-        m_queue.cancel(token);
+        queue().cancel(token);
 }
 
 } // namespace
@@ -349,6 +421,11 @@ void PopplerPageSource::cancel(DrawToken token)
 std::unique_ptr<PageSource> makePageSource()
 {
     return std::make_unique<PopplerPageSource>();
+}
+
+bool pageSourcesAreBusy()
+{
+    return retiredWorkers > 0;
 }
 
 } // namespace inkory

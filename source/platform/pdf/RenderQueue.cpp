@@ -5,18 +5,23 @@
 namespace inkory
 {
 
-RenderQueue::RenderQueue(const std::vector<Worker> &workers)
+RenderQueue::RenderQueue(const std::vector<Worker> &workers) : m_workers(workers), m_isIdle(workers.size(), true)
 {
     m_threads.reserve(workers.size());
-    for (const Worker &worker : workers) {
-        const int index = static_cast<int>(m_threads.size());
-        m_threads.emplace_back([this, index, worker] { work(index, worker); });
-    }
+    for (int index = 0; index < static_cast<int>(workers.size()); ++index)
+        m_threads.emplace_back([this, index] { work(index); });
 }
 
 RenderQueue::~RenderQueue()
 {
-    std::map<Key, std::shared_ptr<Entry>> dropped; // what the jobs hold is let go outside the lock
+    stop();
+    for (std::thread &thread : m_threads)
+        thread.join();
+}
+
+void RenderQueue::stop()
+{
+    Waiting dropped; // what the jobs hold is let go outside the lock
     {
         const std::lock_guard lock(m_mutex);
         m_stopping = true;
@@ -25,8 +30,12 @@ RenderQueue::~RenderQueue()
             entry->cancelled = true;
     }
     m_changed.notify_all();
-    for (std::thread &thread : m_threads)
-        thread.join();
+}
+
+bool RenderQueue::isBusy()
+{
+    const std::lock_guard lock(m_mutex);
+    return !m_running.empty();
 }
 
 RenderQueue::JobId RenderQueue::add(int priority, Job job)
@@ -57,31 +66,47 @@ void RenderQueue::cancel(JobId id)
     }
 }
 
-std::map<RenderQueue::Key, std::shared_ptr<RenderQueue::Entry>>::iterator RenderQueue::nextFor(Worker worker)
+bool RenderQueue::isForEarlierIdleWorker(int index, int priority) const
 {
-    const auto next = m_waiting.lower_bound(Key(worker.firstPriority, 0));
-    return next != m_waiting.end() && next->first.first <= worker.lastPriority ? next : m_waiting.end();
+    for (std::size_t i = 0; i < static_cast<std::size_t>(index); ++i) {
+        if (m_isIdle[i] && priority >= m_workers[i].firstPriority && priority <= m_workers[i].lastPriority)
+            return true;
+    }
+    return false;
 }
 
-void RenderQueue::work(int index, Worker worker)
+RenderQueue::Waiting::iterator RenderQueue::nextFor(int index)
 {
+    const Worker &worker = m_workers[static_cast<std::size_t>(index)];
+    const auto next = m_waiting.lower_bound(Key(worker.firstPriority, 0));
+    const bool takes = next != m_waiting.end() && next->first.first <= worker.lastPriority &&
+                       !isForEarlierIdleWorker(index, next->first.first);
+    return takes ? next : m_waiting.end();
+}
+
+void RenderQueue::work(int index)
+{
+    const auto self = static_cast<std::size_t>(index);
     std::unique_lock lock(m_mutex);
     for (;;) {
-        m_changed.wait(lock, [&] { return m_stopping || nextFor(worker) != m_waiting.end(); });
+        m_changed.wait(lock, [&] { return m_stopping || nextFor(index) != m_waiting.end(); });
         if (m_stopping)
             return;
-        const auto next = nextFor(worker);
+        const auto next = nextFor(index);
         const JobId id = next->first.second;
         std::shared_ptr<Entry> entry = std::move(next->second);
         m_waiting.erase(next);
         m_running.emplace(id, entry);
+        m_isIdle[self] = false;
         lock.unlock();
+        m_changed.notify_all(); // what is left may be for the workers after this one now
         entry->job(Run{id, index, entry->cancelled});
         lock.lock();
         m_running.erase(id);
         lock.unlock();
         entry.reset(); // what the job holds may take time to let go, or use the queue
         lock.lock();
+        m_isIdle[self] = true;
     }
 }
 

@@ -17,7 +17,8 @@ namespace inkory
 
 /// Runs jobs on worker threads of its own, the most urgent first and among equally urgent ones the oldest first. Unlike
 /// with a QThreadPool, a worker can be kept free for urgent jobs, waiting jobs can be withdrawn and running ones be
-/// asked to stop. May be used from any thread.
+/// asked to stop. Of the idle workers that could take a job the first one does, so that what a worker holds from its
+/// former jobs is used again. May be used from any thread.
 class RenderQueue
 {
 public:
@@ -48,6 +49,11 @@ public:
     /// Drops all waiting jobs, cancels the running ones and waits for them.
     ~RenderQueue();
 
+    /// Drops all waiting jobs and tells the running ones that nobody wants their results, without waiting for them.
+    void stop();
+    /// Whether a job is being run.
+    bool isBusy();
+
     /// A job whose priority no worker serves is never run. Answers the job's id, which is never 0 and never used again.
     JobId add(int priority, Job job);
 
@@ -63,15 +69,20 @@ private:
     };
     using Key = std::pair<int, JobId>;
 
-    void work(int index, Worker worker);
-    std::map<Key, std::shared_ptr<Entry>>::iterator nextFor(Worker worker);
+    using Waiting = std::map<Key, std::shared_ptr<Entry>>;
+
+    void work(int index);
+    Waiting::iterator nextFor(int index);
+    bool isForEarlierIdleWorker(int index, int priority) const;
 
     std::mutex m_mutex;
     std::condition_variable m_changed;
-    std::map<Key, std::shared_ptr<Entry>> m_waiting;
+    Waiting m_waiting;
     std::map<JobId, std::shared_ptr<Entry>> m_running;
     JobId m_lastId = 0;
     bool m_stopping = false;
+    std::vector<Worker> m_workers;
+    std::vector<bool> m_isIdle;
     std::vector<std::thread> m_threads;
 };
 

@@ -44,15 +44,13 @@ QMessageBox::ButtonRole roleForPosition(qsizetype position, qsizetype count)
     return position == count - 1 ? QMessageBox::RejectRole : QMessageBox::DestructiveRole;
 }
 
-QList<QAbstractButton *> addButtons(QMessageBox &box, const QStringList &titles)
+QList<QAbstractButton *> addButtons(QMessageBox &box, const QStringList &titles, int defaultButton)
 {
     QList<QAbstractButton *> added;
     for (qsizetype i = 0; i < titles.size(); ++i) {
         QPushButton *button = box.addButton(titles.at(i), roleForPosition(i, titles.size()));
-        if (i == 0)
+        if (i == defaultButton)
             box.setDefaultButton(button);
-        if (i == titles.size() - 1)
-            box.setEscapeButton(button);
         added.append(button);
     }
     return added;
@@ -90,7 +88,7 @@ int Alert::runModal(QWidget *parentWindow) const
     for (QLabel *label : box->findChildren<QLabel *>())
         label->setTextFormat(Qt::PlainText);
     const QStringList titles = buttons.isEmpty() ? QStringList(QCoreApplication::translate("Alert", "OK")) : buttons;
-    const QList<QAbstractButton *> shown = addButtons(*box, titles);
+    const QList<QAbstractButton *> shown = addButtons(*box, titles, defaultButton);
     if (accessoryView)
         addAccessoryView(*box, accessoryView());
 

@@ -20,8 +20,10 @@ struct Alert
     /// Plain text, always.
     QString messageText;
     QString informativeText;
-    /// The first is the default button; the last one of several is what Escape and closing choose. Empty: one "OK".
+    /// The last one of several is what Escape and closing choose. Empty: one "OK".
     QStringList buttons;
+    /// Which button Return chooses, from 0: another one than the first where that one destroys something.
+    int defaultButton = 0;
     /// Makes a widget that is shown below the texts; may be empty.
     std::function<std::unique_ptr<QWidget>()> accessoryView;
 

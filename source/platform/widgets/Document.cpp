@@ -69,6 +69,7 @@ void Document::setFileUrl(const QUrl &url)
     if (m_fileUrl == url)
         return;
     m_fileUrl = url;
+    m_fileIdentity = FileIdentity::of(url.toLocalFile());
     synchronizeWindowTitles();
     Q_EMIT fileUrlChanged();
 }
@@ -98,7 +99,7 @@ void Document::synchronizeWindowTitles()
         if (!controller->isWindowLoaded())
             continue;
         QWidget *window = controller->window();
-        window->setWindowTitle(QStringLiteral("%1[*] – %2").arg(escapedForTitle(displayName()), program));
+        window->setWindowTitle(QStringLiteral("%1[*] — %2").arg(escapedForTitle(displayName()), program));
         window->setWindowFilePath(m_fileUrl.toLocalFile());
         window->setWindowModified(isDocumentEdited());
     }
@@ -144,8 +145,23 @@ void Document::saveDocument(QObject *sender)
 {
     if (m_fileUrl.isEmpty())
         saveDocumentAs(sender);
-    else if (!showReasonNotToSave())
+    else if (!showReasonNotToSave() && mayOverwriteFile())
         saveReportingFailure(m_fileUrl);
+}
+
+bool Document::mayOverwriteFile()
+{
+    const std::optional<FileIdentity> present = FileIdentity::of(m_fileUrl.toLocalFile());
+    if (present == m_fileIdentity || m_fileIdentity == std::nullopt)
+        return true;
+    Alert alert;
+    alert.messageText = present ? tr("“%1” was changed by another program.").arg(displayName())
+                                : tr("“%1” was moved or deleted by another program.").arg(displayName());
+    alert.informativeText = present ? tr("Saving replaces that version by the one that is open here.")
+                                    : tr("Saving writes it again at its former place.");
+    alert.buttons = {tr("Save Anyway"), tr("Cancel")};
+    alert.defaultButton = present ? 1 : 0;
+    return alert.runModal(windowForSheets()) == 1;
 }
 
 void Document::saveDocumentAs(QObject *)
@@ -163,6 +179,7 @@ QUrl Document::askWhereToSave()
     SavePanel panel;
     panel.title = tr("Save As");
     panel.suggestedFile = m_fileUrl;
+    panel.defaultSuffix = kind.extension;
     if (!suffix.isEmpty())
         panel.nameFilters = QStringList(QStringLiteral("%1 (*%2)").arg(kind.description, suffix));
     const std::optional<QUrl> chosen = panel.runModal(windowForSheets());
@@ -193,16 +210,17 @@ bool Document::mayReplace(const QUrl &url, bool panelHasAsked)
     alert.messageText = tr("A file named “%1” already exists. Do you want to replace it?").arg(url.fileName());
     alert.informativeText = tr("Replacing it will overwrite its contents.");
     alert.buttons = {tr("Replace"), tr("Cancel")};
+    alert.defaultButton = 1;
     return alert.runModal(windowForSheets()) == 1;
 }
 
 void Document::saveReportingFailure(const QUrl &url, const SaveCompletion &completion)
 {
-    saveToURL(url, [this, completion](const Result<void> &outcome) {
+    saveToURL(url, [this, url, completion](const Result<void> &outcome) {
         const QPointer<Document> self(this);
         if (!outcome) {
             Alert alert;
-            alert.messageText = tr("“%1” could not be saved.").arg(displayName());
+            alert.messageText = tr("“%1” could not be saved.").arg(url.fileName());
             alert.informativeText = outcome.error().message;
             alert.runModal(windowForSheets());
         }
@@ -254,6 +272,7 @@ void Document::finishSave(quint64 savedState, const Result<void> &outcome)
     m_saveIsRunning = false;
     if (outcome) {
         setFileUrl(request.url);
+        m_fileIdentity = FileIdentity::of(request.url.toLocalFile());
         m_undoManager.markClean(savedState);
     } else
         logLine(QStringLiteral("saving %1 failed: %2").arg(request.url.toLocalFile(), outcome.error().message));
@@ -298,7 +317,7 @@ void Document::askAboutChanges()
         return;
     if (choice == 0)
         return answerClosing(true);
-    if (choice != 1 || showReasonNotToSave())
+    if (choice != 1 || showReasonNotToSave() || (!m_fileUrl.isEmpty() && !mayOverwriteFile()))
         return answerClosing(false);
     const QUrl url = m_fileUrl.isEmpty() ? askWhereToSave() : m_fileUrl;
     if (url.isEmpty())

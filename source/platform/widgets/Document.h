@@ -1,5 +1,6 @@
 #pragma once
 
+#include "platform/core/FileIdentity.h"
 #include "platform/core/Result.h"
 #include "platform/core/UndoManager.h"
 
@@ -10,6 +11,7 @@
 
 #include <functional>
 #include <memory>
+#include <optional>
 #include <vector>
 
 class QWidget;
@@ -111,6 +113,9 @@ protected:
     QWidget *windowForSheets() const;
 
 private:
+    /// Whether the file is still as this document read or wrote it, or the person wants to overwrite what is there now.
+    bool mayOverwriteFile();
+
     struct SaveRequest
     {
         QUrl url;
@@ -125,6 +130,7 @@ private:
     void answerClosing(bool mayClose);
 
     QUrl m_fileUrl;
+    std::optional<FileIdentity> m_fileIdentity; // as last read or written
     UndoManager m_undoManager;
     std::vector<SaveRequest> m_saveQueue;
     bool m_saveIsRunning = false;

@@ -16,8 +16,6 @@
 #include <optional>
 #include <utility>
 
-#include <sys/stat.h>
-
 namespace inkory
 {
 
@@ -34,14 +32,10 @@ DocumentController *&shared()
     return controller;
 }
 
-using FileIdentity = std::pair<dev_t, ino_t>;
-
-std::optional<FileIdentity> fileIdentity(const QUrl &url)
+// The same file by whatever path, in whatever state.
+bool isSameFile(const std::optional<FileIdentity> &first, const std::optional<FileIdentity> &second)
 {
-    struct stat status = {};
-    if (!url.isLocalFile() || ::stat(QFile::encodeName(url.toLocalFile()).constData(), &status) != 0)
-        return std::nullopt;
-    return FileIdentity(status.st_dev, status.st_ino);
+    return first && second && first->device == second->device && first->inode == second->inode;
 }
 
 QString withoutDots(const QUrl &url)
@@ -92,11 +86,13 @@ QList<Document *> DocumentController::documents() const
 
 Document *DocumentController::documentForURL(const QUrl &url) const
 {
-    const std::optional<FileIdentity> identity = fileIdentity(url);
+    if (!url.isLocalFile())
+        return nullptr;
+    const std::optional<FileIdentity> identity = FileIdentity::of(url.toLocalFile());
     const auto found = std::find_if(m_documents.begin(), m_documents.end(), [&](const auto &document) {
         if (withoutDots(document->fileUrl()) == withoutDots(url))
             return true;
-        return identity && fileIdentity(document->fileUrl()) == identity;
+        return isSameFile(FileIdentity::of(document->fileUrl().toLocalFile()), identity);
     });
     return found == m_documents.end() ? nullptr : found->get();
 }

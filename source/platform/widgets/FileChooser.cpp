@@ -54,6 +54,7 @@ QList<QUrl> OpenPanel::runModal(QWidget *parentWindow) const
     const QPointer<QFileDialog> panel = new QFileDialog(parentOrFront(parentWindow), title);
     panel->setFileMode(selection == Selection::Several ? QFileDialog::ExistingFiles : QFileDialog::ExistingFile);
     panel->setOption(QFileDialog::DontUseNativeDialog, dialog == PanelDialog::Toolkit);
+    panel->setOption(QFileDialog::HideNameFilterDetails, dialog == PanelDialog::Toolkit); // a list of thirty endings
     if (!nameFilters.isEmpty())
         panel->setNameFilters(nameFilters);
     if (!folder.isEmpty())
@@ -73,6 +74,7 @@ std::optional<QUrl> SavePanel::runModal(QWidget *parentWindow) const
     const QPointer<QFileDialog> panel = new QFileDialog(parentOrFront(parentWindow), title);
     panel->setAcceptMode(QFileDialog::AcceptSave);
     panel->setFileMode(QFileDialog::AnyFile);
+    panel->setDefaultSuffix(defaultSuffix);
     if (!nameFilters.isEmpty())
         panel->setNameFilters(nameFilters);
     if (!suggestedFile.isEmpty()) {

@@ -37,12 +37,14 @@ struct OpenPanel
     static void setResponder(std::function<QList<QUrl>(const OpenPanel &)> responder);
 };
 
-/// Asks for a place and a name to save to, modally. The dialog itself asks before an existing file is overwritten; it
-/// answers the name as it was typed, without adding an extension.
+/// Asks for a place and a name to save to, modally. The dialog itself asks before an existing file is overwritten; some
+/// desktops' dialogs do not add the default extension.
 struct SavePanel
 {
     QString title;
     QStringList nameFilters;
+    /// Without the dot; added to a name that has no extension, before the dialog asks about overwriting.
+    QString defaultSuffix;
     /// Folder and name that are proposed.
     QUrl suggestedFile;
 

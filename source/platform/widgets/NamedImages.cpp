@@ -3,8 +3,12 @@
 #include "platform/core/Log.h"
 
 #include <QFile>
+#include <QIconEngine>
 #include <QPainter>
 #include <QSvgRenderer>
+
+#include <map>
+#include <tuple>
 
 // A linker takes resources from a static library only for a program that asks for them; the macro wants no namespace.
 static void requireImageResources()
@@ -18,10 +22,9 @@ namespace inkory
 namespace
 {
 
-constexpr int iconSize = 24;
-
 // The colour in which all icons are drawn in their files.
 const QByteArray iconLineColor = "#3b3f45";
+const QColor disabledColor(0x99, 0x99, 0x99);
 
 QByteArray resourceBytes(const QString &path)
 {
@@ -45,24 +48,46 @@ QPixmap rendered(const QByteArray &svg, const QSize &size, double ratio)
     return pixmap;
 }
 
+/// Draws an icon's file in one colour, only when it is shown and only in the sizes in which it is.
+class LineIconEngine : public QIconEngine
+{
+public:
+    LineIconEngine(const QByteArray &svg, const QColor &color) : m_svg(svg), m_color(color) {}
+
+    void paint(QPainter *painter, const QRect &rect, QIcon::Mode mode, QIcon::State) override
+    {
+        const QColor line = mode == QIcon::Disabled ? disabledColor : m_color;
+        QSvgRenderer(QByteArray(m_svg).replace(iconLineColor, line.name(QColor::HexRgb).toLatin1()))
+            .render(painter, QRectF(rect));
+    }
+
+    QPixmap pixmap(const QSize &size, QIcon::Mode mode, QIcon::State state) override
+    {
+        const auto known = m_pixmaps.find({size.width(), size.height(), mode});
+        if (known != m_pixmaps.end())
+            return known->second;
+        QPixmap drawn(size);
+        drawn.fill(Qt::transparent);
+        QPainter painter(&drawn);
+        paint(&painter, drawn.rect(), mode, state);
+        painter.end();
+        return m_pixmaps[{size.width(), size.height(), mode}] = drawn;
+    }
+
+    QIconEngine *clone() const override { return new LineIconEngine(m_svg, m_color); }
+
+private:
+    QByteArray m_svg;
+    QColor m_color;
+    std::map<std::tuple<int, int, QIcon::Mode>, QPixmap> m_pixmaps; // by device pixels
+};
+
 } // namespace
 
 QIcon iconNamed(const QString &name, const QColor &color)
 {
     const QByteArray svg = resourceBytes(QStringLiteral(":/icons/%1.svg").arg(name));
-    if (svg.isEmpty())
-        return {};
-    const auto inColor = [&svg](const QColor &line) {
-        return QByteArray(svg).replace(iconLineColor, line.name(QColor::HexRgb).toLatin1());
-    };
-    QColor faded = color;
-    faded.setHslF(0, 0, 0.6F);
-    QIcon icon;
-    for (const double ratio : {1.0, 2.0, 3.0}) {
-        icon.addPixmap(rendered(inColor(color), {iconSize, iconSize}, ratio));
-        icon.addPixmap(rendered(inColor(faded), {iconSize, iconSize}, ratio), QIcon::Disabled);
-    }
-    return icon;
+    return svg.isEmpty() ? QIcon() : QIcon(new LineIconEngine(svg, color)); // the icon owns its engine
 }
 
 QPixmap cursorImageNamed(const QString &name, double devicePixelRatio)

@@ -7,6 +7,7 @@
 #include <QKeyEvent>
 #include <QPainter>
 #include <QStyledItemDelegate>
+#include <QTimer>
 #include <QtMath>
 
 #include <algorithm>
@@ -20,6 +21,8 @@ namespace
 constexpr int thumbnailWidth = 120;
 constexpr int thumbnailHeight = 156;
 constexpr int padding = 10;
+// How long the pictures wait for the first page at most.
+constexpr int patienceMilliseconds = 500;
 
 } // namespace
 
@@ -99,8 +102,16 @@ void PDFThumbnailView::setPDFView(PDFView *view)
     if (view) {
         connect(view, &PDFView::currentPageChanged, this, &PDFThumbnailView::showCurrentPage);
         connect(view, &PDFView::pageAppearanceChanged, this, &PDFThumbnailView::reload);
+        connect(view, &PDFView::contentCompleted, this, &PDFThumbnailView::startRequests);
+        QTimer::singleShot(patienceMilliseconds, this, &PDFThumbnailView::startRequests);
     }
     reload();
+}
+
+void PDFThumbnailView::startRequests()
+{
+    if (!std::exchange(m_mayRequest, true))
+        viewport()->update();
 }
 
 void PDFThumbnailView::keyboardSearch(const QString &) {}
@@ -170,7 +181,7 @@ void PDFThumbnailView::paintThumbnail(QPainter &painter, const QRect &cell, PDFP
     const auto content = [&](QPainter &p, const PDFPage &drawn) {
         p.fillRect(target, Qt::white);
         const QSize pixels(qCeil(target.width() * ratio), qCeil(target.height() * ratio));
-        const auto *piece = m_images.piece(drawn, scale * ratio, QRect(QPoint(), pixels));
+        const auto *piece = m_mayRequest ? m_images.piece(drawn, scale * ratio, QRect(QPoint(), pixels)) : nullptr;
         if (!piece)
             piece = m_images.standIn(drawn);
         if (piece)

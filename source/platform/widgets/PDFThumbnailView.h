@@ -39,6 +39,7 @@ private:
     class Delegate;
 
     void reload();
+    void startRequests();
     void showCurrentPage();
     void paintThumbnail(QPainter &painter, const QRect &cell, PDFPage &page, bool isCurrent);
 
@@ -46,6 +47,7 @@ private:
     PageImageStore m_images{DrawPriority::Thumbnail};
     ScaledImages m_stampImages;
     Model *m_model;
+    bool m_mayRequest = false; // the page itself comes first
 };
 
 } // namespace inkory

@@ -64,12 +64,15 @@ void PDFView::setScaleFactor(double factor, const ViewPoint &anchor)
     const PDFPage *page = pageForPoint(anchor, PageSearch::Nearest);
     const PagePoint kept = page ? convertPointToPage(anchor, page) : PagePoint{};
     m_scaleFactor = factor;
+    const int chosen = m_chosenPage;
     layoutDocumentView();
     if (page) {
         const ViewPoint now = convertPointFromPage(kept, page);
         horizontalScrollBar()->setValue(horizontalScrollBar()->value() + qRound(now.x - anchor.x));
         verticalScrollBar()->setValue(verticalScrollBar()->value() + qRound(anchor.y - now.y));
     }
+    m_chosenPage = chosen; // zooming is not going elsewhere
+    noteCurrentPage();
     Q_EMIT scaleFactorChanged();
 }
 
@@ -90,6 +93,9 @@ PDFPage *PDFView::currentPage() const
 
 int PDFView::currentPageIndex() const
 {
+    if (m_chosenPage >= 0 && m_chosenPage < m_layout.pageCount() &&
+        pageRectInWidget(m_chosenPage).intersects(viewport()->rect()))
+        return m_chosenPage;
     return m_layout.nearestPage(viewport()->height() / 2.0 - documentOrigin().y());
 }
 
@@ -98,6 +104,7 @@ void PDFView::goToPage(int index)
     if (index < 0 || index >= m_layout.pageCount())
         return;
     verticalScrollBar()->setValue(qRound(m_layout.pageRect(index).top() - PageLayout::margin));
+    m_chosenPage = index; // also where there is nothing to scroll
     noteCurrentPage();
 }
 
@@ -302,26 +309,43 @@ void PDFView::paintPage(QPainter &painter, int pageIndex, const QRect &dirty, bo
     painter.restore();
 }
 
+QRect PDFView::neededPixels(const QRectF &pageRect) const
+{
+    const double ratio = viewport()->devicePixelRatioF();
+    const QRectF visible = pageRect & QRectF(viewport()->rect());
+    const QRectF inPage = visible.translated(-pageRect.topLeft());
+    return QRectF(inPage.topLeft() * ratio, inPage.size() * ratio).toAlignedRect() &
+           QRect(0, 0, qCeil(pageRect.width() * ratio), qCeil(pageRect.height() * ratio));
+}
+
+void PDFView::requestVisibleContent()
+{
+    if (!isVisible())
+        return;
+    const double pixelsPerPoint = m_scaleFactor * viewport()->devicePixelRatioF();
+    for (int i = std::max(0, m_layout.nearestPage(-documentOrigin().y())); i < m_layout.pageCount(); ++i) {
+        const QRectF rect = pageRectInWidget(i);
+        if (rect.top() > viewport()->height())
+            return;
+        m_images.piece(*m_document->pageAtIndex(i), pixelsPerPoint, neededPixels(rect));
+    }
+}
+
 bool PDFView::drawPageContent(QPainter &painter, const PDFPage &page, const QRectF &pageRect)
 {
     painter.fillRect(pageRect, Qt::white);
-    const double ratio = viewport()->devicePixelRatioF();
-    const double pixelsPerPoint = m_scaleFactor * ratio;
-    const QRectF visible = pageRect & QRectF(viewport()->rect());
-    const QRectF inPage = visible.translated(-pageRect.topLeft());
-    const QRect needed = QRectF(inPage.topLeft() * ratio, inPage.size() * ratio).toAlignedRect() &
-                         QRect(0, 0, qCeil(pageRect.width() * ratio), qCeil(pageRect.height() * ratio));
+    const double pixelsPerPoint = m_scaleFactor * viewport()->devicePixelRatioF();
     const auto draw = [&](const PageImageStore::Piece &piece) {
         const double k = m_scaleFactor / piece.scale; // pixels of the image to pixels of the widget
         const QRectF target(pageRect.topLeft() + QPointF(piece.region.topLeft()) * k, QSizeF(piece.image.size()) * k);
         painter.drawImage(target, piece.image);
     };
-    if (const auto *piece = m_images.piece(page, pixelsPerPoint, needed)) {
+    if (const auto *piece = m_images.piece(page, pixelsPerPoint, neededPixels(pageRect))) {
         draw(*piece);
         return true;
     }
-    if (m_images.hasFailed(page)) {
-        drawFailure(painter, pageRect);
+    if (m_images.hasFailed(page, pixelsPerPoint, neededPixels(pageRect))) {
+        drawFailure(painter, pageRect & QRectF(viewport()->rect()));
         return true;
     }
     if (const auto *standIn = m_images.standIn(page)) {
@@ -333,10 +357,10 @@ bool PDFView::drawPageContent(QPainter &painter, const PDFPage &page, const QRec
     return false;
 }
 
-void PDFView::drawFailure(QPainter &painter, const QRectF &pageRect) const
+void PDFView::drawFailure(QPainter &painter, const QRectF &area) const
 {
     painter.setPen(QColor(0x60, 0x60, 0x60));
-    painter.drawText(pageRect, Qt::AlignCenter | Qt::TextWordWrap, tr("This page cannot be drawn."));
+    painter.drawText(area, Qt::AlignCenter | Qt::TextWordWrap, tr("This page cannot be drawn."));
 }
 
 void PDFView::resizeEvent(QResizeEvent *event)
@@ -349,6 +373,7 @@ void PDFView::resizeEvent(QResizeEvent *event)
 
 void PDFView::scrollContentsBy(int, int)
 {
+    m_chosenPage = -1;
     viewport()->update();
     noteCurrentPage();
     Q_EMIT contentViewBoundsChanged();

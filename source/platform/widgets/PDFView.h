@@ -44,11 +44,13 @@ public:
     void zoomIn();
     void zoomOut();
 
-    /// The page in the middle of the view's height; none without pages.
+    /// The page gone to last, while it is visible and nothing was scrolled since; otherwise the one in the middle of
+    /// the view's height. None without pages.
     PDFPage *currentPage() const;
     /// -1 without pages.
     int currentPageIndex() const;
-    /// Scrolls the page's top to the top of the view. Indices outside the document are ignored.
+    /// Makes the page the current one and scrolls its top to the top of the view, as far as that goes. Indices outside
+    /// the document are ignored.
     void goToPage(int index);
 
     ViewRect convertRectFromPage(const PageRect &rect, const PDFPage *page) const;
@@ -77,6 +79,8 @@ public:
 
     /// Whether every visible page shows its content at the present zoom.
     bool isContentComplete() const { return m_contentComplete; }
+    /// Asks for what the next frame will show, so that it is being drawn while that frame is still being prepared.
+    void requestVisibleContent();
 
 Q_SIGNALS:
     void currentPageChanged();
@@ -116,7 +120,9 @@ private:
     void pageContentArrived(int sourceIndex);
     void paintPage(QPainter &painter, int pageIndex, const QRect &dirty, bool &complete);
     bool drawPageContent(QPainter &painter, const PDFPage &page, const QRectF &pageRect);
-    void drawFailure(QPainter &painter, const QRectF &pageRect) const;
+    /// The visible part of a page, in device pixels of the whole shown page.
+    QRect neededPixels(const QRectF &pageRect) const;
+    void drawFailure(QPainter &painter, const QRectF &area) const;
 
     QPointer<PDFDocument> m_document;
     PageLayout m_layout;
@@ -125,6 +131,7 @@ private:
     QPointer<QWidget> m_watchedWindow;
     double m_scaleFactor = 1;
     int m_lastCurrentPage = -1;
+    int m_chosenPage = -1; // the one gone to, until the pages are scrolled; -1 for none
     bool m_contentComplete = false;
 };
 

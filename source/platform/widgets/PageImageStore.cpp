@@ -16,6 +16,8 @@ namespace
 
 // Above this many pixels only a part of a page is drawn: about a 4K screen full.
 constexpr qint64 maxPixelsOfWholePage = 9'000'000;
+// Images longer than this cannot be drawn.
+constexpr int maxImageSide = 32'767;
 // How much more than needed is drawn on each side then, so that a short scroll needs no new image.
 constexpr int marginOfPart = 256;
 // What all images may take together, apart from the ones being shown.
@@ -51,11 +53,13 @@ const PageImageStore::Piece *PageImageStore::piece(const PDFPage &page, double s
     const Key key = keyOf(page);
     const auto held = m_held.find(key);
     if (held != m_held.end()) {
-        held->second.lastUse = ++m_useCount;
+        held->second.lastUse = m_frame;
         const Piece &piece = held->second.piece;
-        if (held->second.failed || (qFuzzyCompare(piece.scale, scale) && piece.region.contains(needed)))
-            return held->second.failed ? nullptr : &piece;
+        if (qFuzzyCompare(piece.scale, scale) && piece.region.contains(needed))
+            return &piece;
     }
+    if (hasFailed(page, scale, needed))
+        return nullptr;
     const auto requested = m_requests.find(key);
     if (requested != m_requests.end() && qFuzzyCompare(requested->second.scale, scale) &&
         requested->second.region.contains(needed)) {
@@ -69,20 +73,22 @@ const PageImageStore::Piece *PageImageStore::piece(const PDFPage &page, double s
 const PageImageStore::Piece *PageImageStore::standIn(const PDFPage &page) const
 {
     const auto held = m_held.find(keyOf(page));
-    return held != m_held.end() && !held->second.failed ? &held->second.piece : nullptr;
+    return held != m_held.end() && !held->second.piece.image.isNull() ? &held->second.piece : nullptr;
 }
 
-bool PageImageStore::hasFailed(const PDFPage &page) const
+bool PageImageStore::hasFailed(const PDFPage &page, double scale, const QRect &needed) const
 {
     const auto held = m_held.find(keyOf(page));
-    return held != m_held.end() && held->second.failed;
+    return held != m_held.end() && qFuzzyCompare(held->second.failedScale, scale) &&
+           held->second.failedRegion.contains(needed);
 }
 
 QRect PageImageStore::regionToDraw(const PDFPage &page, double scale, const QRect &needed) const
 {
     const QSizeF size = page.shownSize() * scale;
     const QRect whole(0, 0, qCeil(size.width()), qCeil(size.height()));
-    if (static_cast<qint64>(whole.width()) * whole.height() <= maxPixelsOfWholePage)
+    if (static_cast<qint64>(whole.width()) * whole.height() <= maxPixelsOfWholePage && whole.width() <= maxImageSide &&
+        whole.height() <= maxImageSide)
         return whole;
     return needed.marginsAdded({marginOfPart, marginOfPart, marginOfPart, marginOfPart}) & whole;
 }
@@ -107,9 +113,14 @@ void PageImageStore::arrived(const Key &key, const Result<QImage> &image)
     if (request == m_requests.end())
         return;
     Held &held = m_held[key];
-    held.lastUse = ++m_useCount;
-    held.failed = !image;
-    held.piece = image ? Piece{request->second.scale, request->second.region, *image} : Piece{};
+    held.lastUse = m_frame;
+    if (image) {
+        held.piece = {request->second.scale, request->second.region, *image};
+        held.failedScale = 0;
+    } else {
+        held.failedScale = request->second.scale;
+        held.failedRegion = request->second.region;
+    }
     m_requests.erase(request);
     dropLeastUsed();
     Q_EMIT pieceArrived(key.sourceIndex);
@@ -117,6 +128,7 @@ void PageImageStore::arrived(const Key &key, const Result<QImage> &image)
 
 void PageImageStore::cancelStaleRequests()
 {
+    ++m_frame;
     PageSource *source = m_document ? m_document->pageSource() : nullptr;
     for (auto request = m_requests.begin(); request != m_requests.end();) {
         if (std::exchange(request->second.wanted, false)) {
@@ -134,10 +146,12 @@ void PageImageStore::dropLeastUsed()
     qint64 bytes = 0;
     for (const auto &[key, held] : m_held)
         bytes += held.piece.image.sizeInBytes();
-    while (bytes > maxBytes && m_held.size() > 1) {
+    while (bytes > maxBytes) {
         const auto oldest = std::min_element(m_held.begin(), m_held.end(), [](const auto &a, const auto &b) {
             return a.second.lastUse < b.second.lastUse;
         });
+        if (oldest->second.lastUse + 1 >= m_frame)
+            return; // shown in the last frame: it would be asked for again at once
         bytes -= oldest->second.piece.image.sizeInBytes();
         m_held.erase(oldest);
     }

@@ -45,8 +45,8 @@ public:
     const Piece *piece(const PDFPage &page, double scale, const QRect &needed);
     /// Whatever there is of the page, to be shown scaled until the right piece comes; none if there is nothing.
     const Piece *standIn(const PDFPage &page) const;
-    /// Whether the page could not be drawn.
-    bool hasFailed(const PDFPage &page) const;
+    /// Whether the needed part of the page could not be drawn at this scale. It is not tried again at the same scale.
+    bool hasFailed(const PDFPage &page, double scale, const QRect &needed) const;
 
     /// Cancels the requests that were not asked for again (by piece()) since the last call: their pages left the view.
     void cancelStaleRequests();
@@ -75,7 +75,8 @@ private:
     struct Held
     {
         Piece piece;
-        bool failed = false;
+        double failedScale = 0; // 0: nothing has failed
+        QRect failedRegion;
         quint64 lastUse = 0;
     };
 
@@ -89,7 +90,7 @@ private:
     DrawPriority m_priority;
     std::map<Key, Held> m_held;
     std::map<Key, Request> m_requests;
-    quint64 m_useCount = 0;
+    quint64 m_frame = 1; // counts the calls of cancelStaleRequests()
 };
 
 } // namespace inkory

@@ -11,9 +11,19 @@ namespace inkory
 namespace
 {
 
-constexpr std::size_t maxScaledImages = 24;
+constexpr qint64 maxScaledBytes = 32 * 1024 * 1024;
 // Beyond this a copy would take more memory than it saves time.
-constexpr double maxScaledPixels = 16'000'000;
+constexpr double maxScaledPixels = 4'000'000;
+
+// Smooth, and quick also for photographs: what is far too large is first thinned out to twice the size.
+QImage scaledSmoothly(const QImage &image, const QSize &pixels)
+{
+    const QSize twice = pixels * 2;
+    const bool isFarTooLarge = image.width() > 2 * twice.width() && image.height() > 2 * twice.height();
+    return (isFarTooLarge ? image.scaled(twice, Qt::IgnoreAspectRatio, Qt::FastTransformation) : image)
+        .convertToFormat(QImage::Format_ARGB32_Premultiplied)
+        .scaled(pixels, Qt::IgnoreAspectRatio, Qt::SmoothTransformation);
+}
 
 double lengthOf(const QLineF &line, const QTransform &transform)
 {
@@ -31,11 +41,14 @@ const QImage &ScaledImages::scaled(const ImagePtr &image, const QSize &pixels)
         std::rotate(known, known + 1, m_entries.end());
         return m_entries.back().scaled;
     }
-    if (m_entries.size() >= maxScaledImages)
+    m_entries.push_back({image, scaledSmoothly(image->pixels(), pixels)});
+    qint64 bytes = 0;
+    for (const Entry &entry : m_entries)
+        bytes += entry.scaled.sizeInBytes();
+    while (bytes > maxScaledBytes && m_entries.size() > 1) {
+        bytes -= m_entries.front().scaled.sizeInBytes();
         m_entries.erase(m_entries.begin());
-    m_entries.push_back({image, image->pixels()
-                                    .convertToFormat(QImage::Format_ARGB32_Premultiplied)
-                                    .scaled(pixels, Qt::IgnoreAspectRatio, Qt::SmoothTransformation)});
+    }
     return m_entries.back().scaled;
 }
 

@@ -1,6 +1,7 @@
 #include "platform/widgets/SegmentedControl.h"
 
 #include <QHBoxLayout>
+#include <QPainter>
 #include <QToolButton>
 
 namespace inkory
@@ -10,6 +11,25 @@ namespace
 {
 
 constexpr int iconSize = 20;
+constexpr int markHeight = 2;
+
+/// A button whose chosen state is plain to see in every theme: some styles shade it by a few grey levels only.
+class SegmentButton : public QToolButton
+{
+public:
+    using QToolButton::QToolButton;
+
+protected:
+    void paintEvent(QPaintEvent *event) override
+    {
+        QToolButton::paintEvent(event);
+        if (isChecked()) {
+            QPainter painter(this);
+            painter.fillRect(QRect(3, height() - markHeight, width() - 6, markHeight),
+                             palette().color(QPalette::Highlight));
+        }
+    }
+};
 
 } // namespace
 
@@ -22,7 +42,7 @@ SegmentedControl::SegmentedControl(QWidget *parent) : QWidget(parent), m_layout(
 
 void SegmentedControl::addSegment(const QString &text, const QIcon &icon, int tag)
 {
-    auto *button = new QToolButton(this);
+    auto *button = new SegmentButton(this);
     button->setIcon(icon);
     button->setIconSize({iconSize, iconSize});
     button->setToolTip(text);

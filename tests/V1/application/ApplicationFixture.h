@@ -1,19 +1,15 @@
 #pragma once
 
-#include "V1/application/AppDelegate.h"
+#include "V1/application/InterfaceRegistration.h"
 #include "V1/application/KRDocumentController.h"
 #include "V1/application/PDFDocumentModel.h"
-#include "V1/application/WelcomeWindowController.h"
-#include "platform/core/PlatformVersion.h"
 #include "platform/core/UserDefaults.h"
 #include "platform/widgets/Alert.h"
-#include "platform/widgets/FileChooser.h"
 #include "platform/widgets/ModalSession.h"
 #include "support/PdfSamples.h"
+#include "support/Tools.h"
 
 #include <QApplication>
-#include <QDir>
-#include <QFile>
 #include <QTemporaryDir>
 #include <QTest>
 #include <QTimer>
@@ -31,43 +27,47 @@ protected:
     {
         qputenv("XDG_DATA_HOME", folder.path().toLocal8Bit());
         UserDefaults::setStandardFilePath(folder.filePath(QStringLiteral("settings.json")));
+        registerApplicationInterfaceDescriptions();
         Alert::setResponder([this](const Alert &alert) {
-            alerts.append(alert);
+            questions.append(QStringList({alert.messageText, alert.informativeText}) + alert.buttons);
             return answers.isEmpty() ? 1 : answers.takeFirst();
         });
     }
     ~ApplicationFixture() override
     {
         Alert::setResponder({});
-        OpenPanel::setResponder({});
-        SavePanel::setResponder({});
-        setPlatformVersion(2000);
         QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
     }
 
-    QUrl makeFile(const QString &name, const QByteArray &bytes = textPages({"one"}))
+    QUrl urlOf(const char *name) const { return QUrl::fromLocalFile(folder.filePath(QString::fromUtf8(name))); }
+    QUrl makeFile(const char *name, const QByteArray &bytes = textPages({"one"}))
     {
-        QFile file(folder.filePath(name));
-        EXPECT_TRUE(file.open(QIODevice::WriteOnly));
-        file.write(bytes);
-        return QUrl::fromLocalFile(file.fileName());
+        return QUrl::fromLocalFile(writeFile(folder.path(), QString::fromUtf8(name), bytes));
     }
-    static QByteArray content(const QUrl &url)
+    static QList<Document *> documents() { return DocumentController::sharedDocumentController()->documents(); }
+    static PDFDocumentModel &open(const QUrl &url)
     {
-        QFile file(url.toLocalFile());
-        return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
-    }
-    QStringList questions() const
-    {
-        QStringList texts;
-        for (const Alert &alert : alerts)
-            texts.append(alert.messageText);
-        return texts;
+        auto *controller = DocumentController::sharedDocumentController();
+        controller->openDocumentWithContentsOfURL(url, DocumentController::Display::Yes);
+        return static_cast<PDFDocumentModel &>(*documents().last());
     }
 
     QTemporaryDir folder;
-    QList<Alert> alerts;
+    /// The message, the informative text and the buttons of each.
+    QList<QStringList> questions;
     QList<int> answers;
+};
+
+/// The same with a controller that opens documents, as the program has one while it runs.
+class OpenedDocumentFixture : public ApplicationFixture
+{
+protected:
+    OpenedDocumentFixture()
+    {
+        documentController.setDocumentFactory([] { return std::make_unique<PDFDocumentModel>(); });
+    }
+
+    KRDocumentController documentController;
 };
 
 } // namespace inkory::test

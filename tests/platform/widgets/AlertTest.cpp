@@ -12,97 +12,56 @@
 namespace inkory
 {
 
-namespace
+static Alert threeButtons()
 {
+    Alert alert;
+    alert.messageText = QStringLiteral("<b>a</b>.pdf");
+    alert.informativeText = QStringLiteral("<img src=\"/x.png\">");
+    alert.buttons = {QStringLiteral("Save"), QStringLiteral("Don't Save"), QStringLiteral("Cancel")};
+    return alert;
+}
 
-/// What a person does with the box that is shown next.
-void withShownBox(const std::function<void(QMessageBox &)> &action)
+/// The answer to the box with three buttons after what a person does with it.
+static int answerAfter(const std::function<void(QMessageBox &)> &action, QWidget *parent = nullptr)
 {
     QTimer::singleShot(0, qApp, [action] {
         auto *box = qobject_cast<QMessageBox *>(QApplication::activeModalWidget());
         ASSERT_NE(box, nullptr);
         action(*box);
     });
+    return threeButtons().runModal(parent);
 }
-
-Alert threeButtons()
-{
-    Alert alert;
-    alert.messageText = QStringLiteral("Question?");
-    alert.buttons = {QStringLiteral("Save"), QStringLiteral("Don't Save"), QStringLiteral("Cancel")};
-    return alert;
-}
-
-} // namespace
 
 TEST(Alert, AnswersByThePositionOfTheButton)
 {
-    for (const auto &[position, answer] : {std::pair(0, 1), std::pair(1, 0), std::pair(2, -1)}) {
-        withShownBox([position = position](QMessageBox &box) {
-            const QString title = threeButtons().buttons.at(position);
+    const auto click = [](const char *title) {
+        return [title](const QMessageBox &box) {
             for (QAbstractButton *button : box.buttons()) {
-                if (button->text().remove(u'&') == title)
-                    button->click();
+                if (button->text().remove(u'&') == QLatin1String(title))
+                    return button->click();
             }
-        });
-        EXPECT_EQ(threeButtons().runModal(), answer);
-    }
-}
-
-TEST(Alert, ReturnChoosesTheFirstAndEscapeTheLast)
-{
-    withShownBox([](QMessageBox &box) { QTest::keyClick(&box, Qt::Key_Return); });
-    EXPECT_EQ(threeButtons().runModal(), 1);
-    withShownBox([](QMessageBox &box) { QTest::keyClick(&box, Qt::Key_Escape); });
-    EXPECT_EQ(threeButtons().runModal(), -1);
-    withShownBox([](QMessageBox &box) { box.close(); });
-    EXPECT_EQ(threeButtons().runModal(), -1);
+        };
+    };
+    EXPECT_EQ(answerAfter(click("Save")), 1);
+    EXPECT_EQ(answerAfter(click("Don't Save")), 0);
+    EXPECT_EQ(answerAfter(click("Cancel")), -1);
+    EXPECT_EQ(answerAfter([](QMessageBox &box) { QTest::keyClick(&box, Qt::Key_Return); }), 1);
+    EXPECT_EQ(answerAfter([](QMessageBox &box) { QTest::keyClick(&box, Qt::Key_Escape); }), -1);
+    auto parent = std::make_unique<QWidget>();
+    parent->show();
+    EXPECT_EQ(answerAfter([&](QMessageBox &) { parent.reset(); }, parent.get()), -1);
 }
 
 TEST(Alert, ShowsTextsFromFilesAsTheyAre)
 {
-    Alert alert;
-    alert.messageText = QStringLiteral("<b>a</b>.pdf");
-    alert.informativeText = QStringLiteral("<img src=\"/x.png\">");
-    withShownBox([&](QMessageBox &box) {
-        EXPECT_EQ(box.buttons().size(), 1);
-        QStringList plain;
-        for (const QLabel *label : box.findChildren<QLabel *>()) {
-            if (label->textFormat() == Qt::PlainText)
-                plain.append(label->text());
-        }
-        EXPECT_TRUE(plain.contains(alert.messageText));
-        EXPECT_TRUE(plain.contains(alert.informativeText));
+    answerAfter([](QMessageBox &box) {
+        QStringList texts;
+        for (const QLabel *label : box.findChildren<QLabel *>())
+            texts.append(label->textFormat() == Qt::PlainText ? label->text() : QString());
+        EXPECT_TRUE(texts.contains(threeButtons().messageText));
+        EXPECT_TRUE(texts.contains(threeButtons().informativeText));
         box.reject();
     });
-    EXPECT_EQ(alert.runModal(), 1);
-}
-
-TEST(Alert, PutsTheAccessoryBetweenTextsAndButtons)
-{
-    Alert alert = threeButtons();
-    alert.accessoryView = [] {
-        auto view = std::make_unique<QWidget>();
-        view->setObjectName(QStringLiteral("accessory"));
-        view->setMinimumSize(20, 20);
-        return view;
-    };
-    withShownBox([](QMessageBox &box) {
-        const auto *view = box.findChild<QWidget *>(QStringLiteral("accessory"));
-        ASSERT_NE(view, nullptr);
-        EXPECT_TRUE(view->isVisible());
-        EXPECT_LT(view->geometry().bottom(), box.buttons().first()->mapTo(&box, QPoint()).y());
-        box.reject();
-    });
-    (void)alert.runModal();
-}
-
-TEST(Alert, SurvivesThatItsParentWindowGoes)
-{
-    auto parent = std::make_unique<QWidget>();
-    parent->show();
-    withShownBox([&](QMessageBox &) { parent.reset(); });
-    EXPECT_EQ(threeButtons().runModal(parent.get()), -1);
 }
 
 } // namespace inkory

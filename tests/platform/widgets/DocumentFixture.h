@@ -7,8 +7,8 @@
 #include "platform/widgets/FileChooser.h"
 #include "platform/widgets/InterfaceDescriptions.h"
 #include "platform/widgets/WindowController.h"
+#include "support/Tools.h"
 
-#include <QFile>
 #include <QTemporaryDir>
 #include <QTest>
 
@@ -26,30 +26,20 @@ public:
     QByteArray text;
     QString readOnlyReason;
     std::shared_ptr<std::mutex> gate = std::make_shared<std::mutex>();
-    static inline int living = 0;
-
-    TextDocument() { ++living; }
-    ~TextDocument() override { --living; }
 
     void edit(const QByteArray &newText)
     {
         text = newText;
         undoManager().noteChangeWithoutStep();
     }
-    FileKind fileKind() const override
-    {
-        return {QStringLiteral("Texts"), QStringLiteral("pdf"), QStringLiteral("text/plain")};
-    }
+    FileKind fileKind() const override { return {QStringLiteral("Texts"), QStringLiteral("pdf"), {}}; }
     void makeWindowControllers() override
     {
         addWindowController(std::make_unique<WindowController>(QStringLiteral("TextWindow")));
     }
     Result<void> readFromURL(const QUrl &url, const QString &) override
     {
-        QFile file(url.toLocalFile());
-        if (!file.open(QIODevice::ReadOnly))
-            return Error{file.errorString()};
-        text = file.readAll();
+        text = readFile(url.toLocalFile());
         return text == "unreadable" ? Result<void>(Error{QStringLiteral("No text.")}) : Result<void>();
     }
     std::function<Result<QByteArray>()> snapshotForWriting() override
@@ -62,7 +52,7 @@ public:
     QString reasonNotToSave() const override { return readOnlyReason; }
 };
 
-/// A folder, a controller, and a person who answers questions.
+/// A folder, a controller, and a person who answers questions; the first button where no answer is prepared.
 class DocumentFixture : public ::testing::Test
 {
 protected:
@@ -82,39 +72,27 @@ protected:
         SavePanel::setResponder({});
     }
 
-    QUrl makeFile(const QString &name, const QByteArray &bytes = "text")
+    QUrl urlOf(const char *name) const { return QUrl::fromLocalFile(folder.filePath(QString::fromUtf8(name))); }
+    QUrl makeFile(const char *name, const QByteArray &bytes = "text")
     {
-        QFile file(folder.filePath(name));
-        EXPECT_TRUE(file.open(QIODevice::WriteOnly));
-        file.write(bytes);
-        return QUrl::fromLocalFile(file.fileName());
+        return QUrl::fromLocalFile(writeFile(folder.path(), QString::fromUtf8(name), bytes));
     }
-    static QByteArray content(const QUrl &url)
-    {
-        QFile file(url.toLocalFile());
-        return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
-    }
+    static QByteArray content(const QUrl &url) { return readFile(url.toLocalFile()); }
+    /// None for a file that is refused, or not opened yet.
     TextDocument *open(const QUrl &url)
     {
         Document *opened = nullptr;
-        controller.openDocumentWithContentsOfURL(url, DocumentController::Display::Yes,
-                                                 [&](const auto &outcome) { opened = outcome ? *outcome : nullptr; });
+        controller.openDocumentWithContentsOfURL(url, DocumentController::Display::Yes, [&](const auto &outcome) {
+            opened = outcome ? *outcome : nullptr;
+            refusal = outcome ? QString() : outcome.error().message;
+        });
         return static_cast<TextDocument *>(opened);
-    }
-    static void waitForSave(const Document &document)
-    {
-        EXPECT_TRUE(QTest::qWaitFor([&] { return !document.isSaving(); }));
-    }
-    /// The events that come next: answers of workers, deferred destruction.
-    static void letEventsPass()
-    {
-        QCoreApplication::processEvents();
-        QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
     }
     static QWidget *windowOf(const Document &document) { return document.windowControllers().front()->window(); }
 
     QTemporaryDir folder;
     DocumentController controller;
+    QString refusal;
     QStringList questions;
     QList<int> answers;
 };

@@ -1,0 +1,125 @@
+// bench_gui_thread FILE...: opens every file in a document window, scrolls, zooms and turns pages, and prints the
+// longest time that one event kept the GUI thread, and for which file.
+
+#include "Measure.h"
+
+#include "V1/application/InterfaceRegistration.h"
+#include "V1/application/PDFDocumentModel.h"
+#include "V1/application/PDFWindowController.h"
+#include "V1/editing/KRPDFView.h"
+
+#include <QApplication>
+#include <QElapsedTimer>
+#include <QFileInfo>
+#include <QScrollBar>
+#include <QTemporaryDir>
+
+#include <cstdio>
+
+using namespace inkory;
+using namespace inkory::bench;
+
+namespace
+{
+
+constexpr double limitMilliseconds = 100;
+constexpr qint64 patienceMilliseconds = 8'000;
+
+/// Times every event that is delivered from the event loop.
+class TimingApplication : public QApplication
+{
+public:
+    using QApplication::QApplication;
+
+    bool notify(QObject *receiver, QEvent *event) override
+    {
+        if (m_depth > 0)
+            return QApplication::notify(receiver, event);
+        ++m_depth;
+        QElapsedTimer timer;
+        timer.start();
+        const auto type = event->type();
+        const char *className = receiver->metaObject()->className();
+        const bool taken = QApplication::notify(receiver, event);
+        const double milliseconds = static_cast<double>(timer.nsecsElapsed()) / 1e6;
+        if (milliseconds > longest) {
+            longest = milliseconds;
+            longestEvent = QStringLiteral("event %1 of %2").arg(type).arg(QLatin1String(className));
+        }
+        --m_depth;
+        return taken;
+    }
+
+    double longest = 0;
+    QString longestEvent;
+
+private:
+    int m_depth = 0;
+};
+
+void pass(qint64 milliseconds, const std::function<bool()> &done)
+{
+    QElapsedTimer timer;
+    timer.start();
+    while (!done() && timer.elapsed() < milliseconds)
+        QCoreApplication::processEvents(QEventLoop::AllEvents, 20);
+}
+
+void useDocument(const QString &path)
+{
+    PDFDocumentModel model;
+    const double reading = millisecondsOf([&] { (void)model.readFromURL(QUrl::fromLocalFile(path), {}); });
+    auto &application = static_cast<TimingApplication &>(*QCoreApplication::instance());
+    if (reading > application.longest) {
+        application.longest = reading;
+        application.longestEvent = QStringLiteral("reading");
+    }
+    model.makeWindowControllers();
+    model.showWindows();
+    KRPDFDocument &document = *model.pdfDoc();
+    KRPDFView &view = *model.pdfWindowController()->pdfView();
+    pass(patienceMilliseconds, [&] {
+        return document.state() == PDFDocument::State::Failed || document.state() == PDFDocument::State::Locked ||
+               (document.isGeometrySettled() && view.isContentComplete());
+    });
+    for (const double factor : {3.0, 0.2, 1.0}) {
+        QMetaObject::invokeMethod(
+            &view, [&] { view.setScaleFactor(factor); }, Qt::QueuedConnection);
+        QMetaObject::invokeMethod(
+            &view, [&] { view.verticalScrollBar()->setValue(view.verticalScrollBar()->maximum() / 2); },
+            Qt::QueuedConnection);
+        pass(patienceMilliseconds / 4, [&] { return view.isContentComplete(); });
+    }
+    QMetaObject::invokeMethod(
+        &view, [&] { view.flipDocument(); }, Qt::QueuedConnection);
+    pass(200, [] { return false; });
+}
+
+} // namespace
+
+int main(int argc, char **argv)
+{
+    if (qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM"))
+        qputenv("QT_QPA_PLATFORM", "offscreen");
+    const QTemporaryDir folder;
+    for (const char *name : {"HOME", "XDG_CONFIG_HOME", "XDG_DATA_HOME", "XDG_STATE_HOME", "XDG_CACHE_HOME"})
+        qputenv(name, folder.path().toLocal8Bit());
+    TimingApplication application(argc, argv);
+    QApplication::setApplicationName(QStringLiteral("inkory"));
+    QApplication::setQuitOnLastWindowClosed(false);
+    registerApplicationInterfaceDescriptions();
+
+    double worst = 0;
+    const QStringList files = QApplication::arguments().mid(1);
+    for (const QString &file : files) {
+        application.longest = 0;
+        useDocument(file);
+        worst = std::max(worst, application.longest);
+        if (application.longest > limitMilliseconds / 2)
+            std::printf("%8.1f ms  %s  (%s)\n", application.longest, qPrintable(QFileInfo(file).fileName()),
+                        qPrintable(application.longestEvent));
+    }
+    reportNumber(QStringLiteral("longest event on the GUI thread, %1 files").arg(files.size()), worst,
+                 QStringLiteral("ms"), limitMilliseconds);
+    return exitStatus();
+}

@@ -1,0 +1,40 @@
+#pragma once
+
+#include <QByteArray>
+#include <QString>
+
+#include <functional>
+#include <vector>
+
+namespace inkory::bench
+{
+
+/// Milliseconds that the work takes.
+double millisecondsOf(const std::function<void()> &work);
+
+double median(std::vector<double> values);
+
+/// Runs both in turn, `rounds` times each, so that whatever else the machine does hits both; the medians in
+/// milliseconds.
+struct Pair
+{
+    double measured = 0;
+    double floor = 0;
+};
+Pair measureInTurn(int rounds, const std::function<void()> &measured, const std::function<void()> &floor,
+                   const std::function<void()> &cleanUp = {});
+
+/// Prints one line and notes whether the limit holds: measured / floor against the largest ratio allowed.
+void reportRatio(const QString &name, const Pair &pair, double limit);
+/// The same for a plain number against the largest one allowed.
+void reportNumber(const QString &name, double value, const QString &unit, double limit);
+/// 0 if every limit held, 1 otherwise.
+int exitStatus();
+
+/// Runs the event loop until the condition holds.
+void runUntil(const std::function<bool()> &condition);
+
+/// A healthy PDF of this many US letter pages with a line of text each.
+QByteArray textPages(int count);
+
+} // namespace inkory::bench

@@ -1,0 +1,195 @@
+#include "platform/pdf/WriterTestFiles.h"
+
+using namespace inkory;
+
+namespace
+{
+
+using test::makePdf;
+using test::PageSpec;
+using test::stampRequest;
+
+// As displayed: 50 to 100 points from the left, 642 to 692 from the top of a letter page.
+const PageRect stampRect{50, 100, 50, 50};
+const QRect shownStamp{50, 642, 50, 50};
+
+struct WriterStamp : testing::Test
+{
+    QString input(const QByteArray &file) const { return test::writeFile(m_folder.path(), u"in.pdf"_qs, file); }
+    QString write(const WriteRequest &request) const { return test::writtenFile(m_folder, request); }
+
+    QTemporaryDir m_folder;
+};
+
+QRect stampOn(const QString &path, int page, const QString &password = {})
+{
+    // That program draws images larger than they are by a pixel at the right and at the bottom.
+    return test::findInkBounds(test::renderWithPdftoppm(path, page, 72, password), Qt::green).adjusted(0, 0, -1, -1);
+}
+
+TEST_F(WriterStamp, StandsInPageSpaceHoweverThePageIsTurned)
+{
+    const std::pair<int, QRect> cases[] = {
+        {0, {90, 390, 50, 30}}, {90, {180, 90, 30, 50}}, {180, {260, 180, 50, 30}}, {270, {390, 260, 30, 50}}};
+    for (const auto &[rotation, shown] : cases) {
+        PageSpec page{.cropBox = "10 20 410 620"};
+        WriteRequest turnedNow = stampRequest(makePdf({page}), 0, {100, 200, 50, 30});
+        turnedNow.pages[0].rotation = rotation;
+        EXPECT_EQ(stampOn(write(turnedNow), 1), shown) << rotation << " degrees, turned by the user";
+        page.rotate = QByteArray::number(rotation);
+        EXPECT_EQ(stampOn(write(stampRequest(makePdf({page}), 0, {100, 200, 50, 30})), 1), shown) << rotation;
+    }
+}
+
+const QByteArray blueBox = test::rectangleContent(100, 150, 80, 40, "0 0 1");
+
+/// A page's content streams.
+using Content = std::vector<QByteArray>;
+
+// What each content looks like, where it is not the same: viewers ignore unmatched restores, but one draws nothing any
+// more.
+const std::pair<Content, Content> contents[] = {
+    {{}, {}},
+    {{"q 1 0 0 1 30", " 60 cm", blueBox + "Q"}, {}},
+    {{"q 2 0 0 2 30 60 cm q 0 1 -1 0 400 0 cm " + blueBox}, {}},
+    {{"q " + blueBox + " Q Q Q"}, {}},
+    {{"2 0 0 2 10 10 cm Q Q q " + blueBox + " Q"}, {"2 0 0 2 10 10 cm " + blueBox}},
+    {{"1.5 0 0 1.5 0 0 cm Q", "q Q Q", blueBox}, {"1.5 0 0 1.5 0 0 cm " + blueBox}},
+    {{test::textContent("before") + " BT /F1 20 Tf 2 0 0 2 100 300 Tm (open) Tj"}, {}},
+    {{"BT /F1 20 Tf 100 300 Td (Q Q BT q) Tj ET " + blueBox}, {}},
+    {{"0 0 10 10 re W n " + blueBox}, {}},
+    // What is appended to these would become a part of their last object.
+    {{test::textContent("before") + blueBox + "q BT (never ended"}, {}},
+    {{"2 0 0 2 10 10 cm", blueBox + "<0123"}, {}},
+    {{blueBox + "[ 1 2"}, {}},
+    {{blueBox + "/Span << /MCID 0"}, {}},
+    {{blueBox + "/Span << [ >> ] BDC"}, {}},
+    {{blueBox + "BI /W 1 /H 1"}, {}},
+    {{blueBox + "BI /W 1 /H 1 /CS /G /BPC 8 ID abc"}, {}},
+    {{"\xF5\xB1 65\"JX )<>a \xCD(\x10 4LA {[1e<< \x8D%u7 [/p(\\"}, {}},
+};
+
+TEST_F(WriterStamp, IsNotMovedByAnyContentAndLeavesItsLook)
+{
+    for (const auto &[content, sameAs] : contents) {
+        SCOPED_TRACE(content.empty() ? "none" : content.front().constData());
+        const PageSpec looks{.contents = sameAs.empty() ? content : sameAs};
+        const QString originalPath = input(makePdf({looks}));
+        const QString path = write(stampRequest(makePdf({PageSpec{.contents = content}}), 0, stampRect));
+        EXPECT_EQ(stampOn(path, 1), shownStamp);
+        const QRect aboveStamp(0, 0, 612, 642);
+        EXPECT_EQ(test::largestDifference(test::renderWithPdftoppm(path, 1).copy(aboveStamp),
+                                          test::renderWithPdftoppm(originalPath, 1).copy(aboveStamp)),
+                  0);
+        EXPECT_EQ(test::pdfText(path, 1), test::pdfText(originalPath, 1));
+    }
+}
+
+TEST_F(WriterStamp, LeavesAloneWhatAnotherPageShares)
+{
+    for (const char *name : {"shared-resources-and-contents", "same-page-twice"}) {
+        const QByteArray bytes = test::troubleSample(QLatin1String(name)).bytes;
+        const QString originalPath = input(bytes);
+        const QString path = write(stampRequest(bytes, 1, stampRect));
+        EXPECT_EQ(stampOn(path, 2), shownStamp) << name;
+        EXPECT_EQ(test::pdfText(path, 2), test::pdfText(originalPath, 2));
+        EXPECT_EQ(test::largestDifference(test::renderWithPdftoppm(path, 1), test::renderWithPdftoppm(originalPath, 1)),
+                  0);
+        const QByteArray plain = test::rewriteWithQpdf(
+            test::readFile(path), {QStringLiteral("--qdf"), QStringLiteral("--object-streams=disable")});
+        EXPECT_EQ(plain.count("/Stamp1 "), 2) << "once in the resources, once in the content";
+    }
+}
+
+TEST_F(WriterStamp, KeepsEncryptionAndPasswords)
+{
+    const test::Sample sample = test::troubleSample(QStringLiteral("encrypted-with-password"));
+    const QString path = write(stampRequest(sample.bytes, 0, stampRect, sample.password.toUtf8()));
+    EXPECT_EQ(stampOn(path, 1, sample.password), shownStamp);
+    const auto describe = [](const QString &encrypted, const QString &password) {
+        const QStringList options{QStringLiteral("--show-encryption"), QStringLiteral("--password=") + password};
+        return test::runTool(QStringLiteral("qpdf"), options + QStringList{encrypted});
+    };
+    EXPECT_EQ(describe(path, sample.password).output, describe(input(sample.bytes), sample.password).output);
+    EXPECT_TRUE(describe(path, QStringLiteral("owner")).succeeded());
+    EXPECT_FALSE(test::pdfInfo(path));
+}
+
+TEST_F(WriterStamp, RefusesWhatTheAuthorForbids)
+{
+    const QString refusal = QStringLiteral("The author of this document does not allow changes to it.");
+    const QByteArray original = test::troubleSample(QStringLiteral("protected-against-changes")).bytes;
+    EXPECT_EQ(makeDocumentWriter()->readStructure(original, {}).cannotWriteReason, refusal);
+    EXPECT_EQ(makeDocumentWriter()->readStructure(original, "owner").cannotWriteReason, QString());
+    const auto refused = makeDocumentWriter()->write(stampRequest(original, 0, stampRect));
+    ASSERT_FALSE(refused);
+    EXPECT_EQ(refused.error().message, refusal);
+    EXPECT_EQ(stampOn(write(stampRequest(original, 0, stampRect, "owner")), 1), shownStamp);
+}
+
+TEST_F(WriterStamp, ReordersPagesWithTheirInheritedAttributes)
+{
+    const auto page = [](const QByteArray &text) {
+        return PageSpec{.mediaBox = {}, .contents = {test::textContent(text)}};
+    };
+    PageSpec second = page("second");
+    second.rotate = "0";
+    WriteRequest request = stampRequest(
+        makePdf({page("first"), second, page("third")}, "/MediaBox [0 0 612 792] /Rotate 180"), 1, stampRect);
+    std::swap(request.pages[0], request.pages[2]);
+    const QString path = write(request);
+    EXPECT_EQ(test::pdfText(path, 1).trimmed(), QStringLiteral("third"));
+    EXPECT_EQ(test::pdfText(path, 2).trimmed(), QStringLiteral("second"));
+    EXPECT_EQ(test::pdfText(path, 3).trimmed(), QStringLiteral("first"));
+    EXPECT_EQ(stampOn(path, 2), shownStamp);
+    const auto pages = test::pdfInfo(path);
+    ASSERT_TRUE(pages);
+    EXPECT_EQ(pages->at(0).rotation, 180);
+    EXPECT_EQ(pages->at(1).rotation, 0);
+    EXPECT_EQ(pages->at(2).size, QSizeF(612, 792));
+}
+
+TEST_F(WriterStamp, RefusesContentThatExplodes)
+{
+    // 300 MB of spaces, twice deflated to a few hundred bytes.
+    const QByteArray spaces = qCompress(qCompress(QByteArray(300'000'000, ' '), 9).mid(4), 9).mid(4);
+    QByteArray original = makePdf({PageSpec{.contents = {spaces}}});
+    original.replace("<< /Length ", "<< /Filter [/FlateDecode /FlateDecode] /Length ");
+    EXPECT_FALSE(makeDocumentWriter()->write(stampRequest(original, 0, stampRect)));
+    EXPECT_TRUE(makeDocumentWriter()->write(test::drawingRequest(original, {}))) << "nobody has to decode it";
+}
+
+// Boxes that no viewer complains about are among the samples.
+TEST(WriterStructure, ReplacesSenselessBoxes)
+{
+    const PageRect letter{0, 0, 612, 792};
+    const std::pair<QByteArray, PageRect> cases[] = {{"", letter},
+                                                     {"0 0 100", letter},
+                                                     {"/A /B /C /D", letter},
+                                                     {"0 0 1" + QByteArray(400, '0') + ".0 100", letter},
+                                                     {"10 10 20010 30010", {10, 10, 14'400, 14'400}}};
+    for (const auto &[mediaBox, expected] : cases) {
+        const FileStructure structure =
+            makeDocumentWriter()->readStructure(makePdf({PageSpec{.mediaBox = mediaBox}}), {});
+        EXPECT_EQ(structure.pages, (std::vector{PageGeometry{expected, expected, 0}})) << mediaBox.constData();
+        EXPECT_EQ(structure.cannotWriteReason, QString());
+    }
+}
+
+// 2^30 pages in a few hundred bytes, where each level names the next one twice; or one page, very far down.
+TEST(WriterStructure, RefusesAPageTreeThatIsTooLargeOrTooDeep)
+{
+    for (const auto &[levels, kids] : {std::pair(32, 2), std::pair(50'000, 1)}) {
+        QByteArray file = "%PDF-1.4\n1 0 obj << /Type /Catalog /Pages 2 0 R >> endobj\n";
+        for (int level = 2; level < levels; ++level) {
+            file += QByteArray::number(level) + " 0 obj << /Type /Pages /Count 1 /Kids [" +
+                    (QByteArray::number(level + 1) + " 0 R ").repeated(kids) + "] >> endobj\n";
+        }
+        file += QByteArray::number(levels) +
+                " 0 obj << /Type /Page /MediaBox [0 0 9 9] >> endobj\ntrailer << /Root 1 0 R >>\n";
+        EXPECT_EQ(makeDocumentWriter()->readStructure(file, {}).cannotWriteReason,
+                  QStringLiteral("This document is damaged: it can be read but not changed."));
+    }
+}
+
+} // namespace

@@ -1,0 +1,80 @@
+#include "platform/widgets/PageImageStore.h"
+#include "platform/pdf/PDFDocument.h"
+#include "platform/widgets/PDFView.h"
+#include "support/PdfSamples.h"
+#include "support/Tools.h"
+
+#include <QTemporaryDir>
+#include <QTest>
+
+#include <gtest/gtest.h>
+
+using namespace inkory;
+using namespace inkory::test;
+
+namespace
+{
+
+class PageImages : public ::testing::Test
+{
+protected:
+    void open(const QByteArray &bytes)
+    {
+        document.initWithURL(writeFile(folder.path(), QStringLiteral("a.pdf"), bytes));
+        ASSERT_TRUE(QTest::qWaitFor([&] { return document.isGeometrySettled(); }, 10000));
+        store.setDocument(&document);
+    }
+
+    bool comes(int page, double scale, const QRect &needed)
+    {
+        return QTest::qWaitFor([&] { return store.piece(*document.pageAtIndex(page), scale, needed) != nullptr; },
+                               5000);
+    }
+
+    QTemporaryDir folder;
+    PDFDocument document;
+    PageImageStore store{DrawPriority::Visible};
+};
+
+// 14,000 points at 2.4 pixels each are longer than an image may be, though the whole page has few pixels.
+TEST_F(PageImages, AVeryLongPageIsDrawnInParts)
+{
+    open(makePdf({PageSpec{.mediaBox = "0 0 14000 100"}}));
+    EXPECT_TRUE(comes(0, 2.4, QRect(0, 0, 600, 240)));
+    EXPECT_TRUE(comes(0, 2.4, QRect(33'000, 0, 600, 240)));
+    EXPECT_TRUE(comes(0, 1, QRect(0, 0, 600, 100)));
+}
+
+TEST_F(PageImages, WhatTheLastFrameShowedIsNotDropped)
+{
+    open(makePdf({PageSpec{.mediaBox = "0 0 1000 800"}, PageSpec{.mediaBox = "0 0 1000 800"},
+                  PageSpec{.mediaBox = "0 0 1000 800"}, PageSpec{.mediaBox = "0 0 1000 800"}}));
+    const QRect whole(0, 0, 3300, 2640); // 35 MB each: three are more than the store keeps for nothing
+    for (int page = 0; page < 4; ++page)
+        ASSERT_TRUE(comes(page, 3.3, whole));
+    store.cancelStaleRequests();
+    for (int page = 1; page < 4; ++page)
+        EXPECT_TRUE(comes(page, 3.3, whole));
+    store.cancelStaleRequests();
+    for (int page = 1; page < 4; ++page)
+        EXPECT_NE(store.piece(*document.pageAtIndex(page), 3.3, whole), nullptr) << page;
+}
+
+TEST_F(PageImages, GoingToAPageChoosesItAlsoWhereNothingScrolls)
+{
+    open(makePdf({PageSpec{.mediaBox = "0 0 300 100"}, PageSpec{.mediaBox = "0 0 300 100"},
+                  PageSpec{.mediaBox = "0 0 300 100"}}));
+    PDFView view;
+    view.resize(600, 500);
+    view.setDocument(&document);
+    EXPECT_EQ(view.currentPageIndex(), 1) << "the middle of the view";
+    for (const int page : {0, 2, 1}) {
+        view.goToPage(page);
+        EXPECT_EQ(view.currentPageIndex(), page);
+    }
+    view.goToPage(2);
+    view.setScaleFactor(1.2);
+    EXPECT_EQ(view.currentPageIndex(), 2) << "zooming is not going elsewhere";
+}
+
+} // namespace
