@@ -1,6 +1,7 @@
 #include "V1/library/ImageStampCollection.h"
 
 #include "V1/library/NSFileManager+DirectoryLocations.h"
+#include "V1/library/SignatureFiles.h"
 #include "V1/library/SignatureListStore.h"
 #include "platform/core/DurableFile.h"
 #include "platform/core/Log.h"
@@ -10,21 +11,19 @@
 #include <QFile>
 #include <QFileInfo>
 #include <QPlainTextEdit>
-#include <QUuid>
 
 #include <optional>
 
-using inkory::Error;
 using inkory::Image;
 using inkory::ImagePtr;
 using inkory::logLine;
-using inkory::Result;
+using inkory::newSignaturePath;
+using inkory::signatureKey;
 
 namespace
 {
 
 constexpr unsigned onlyForTheOwner = 0600;
-constexpr qint64 largestFileMegabytes = 256;
 constexpr QLatin1String signaturesFolderName("signatures");
 constexpr QLatin1String formerSignaturesFolder("/library/application support/inkory/signatures/");
 constexpr QSize noticeSize(400, 100);
@@ -53,17 +52,6 @@ QUrl findSignaturesUrl()
 QString signaturesPath()
 {
     return ImageStampCollection::applicationSupportSignaturesUrl().adjusted(QUrl::StripTrailingSlash).toLocalFile();
-}
-
-QString uniquePath(const QString &extension)
-{
-    return QStringLiteral("%1/%2.%3")
-        .arg(signaturesPath(), QUuid::createUuid().toString(QUuid::WithoutBraces), extension);
-}
-
-QString keyFor(const QUrl &url)
-{
-    return QString::fromLatin1(url.toEncoded());
 }
 
 inkory::SignatureListStore listStore()
@@ -101,30 +89,6 @@ void showNotice()
     alert.buttons = {ImageStampCollection::tr("OK")};
     alert.accessoryView = makeNoticeText;
     alert.runModal();
-}
-
-Result<QByteArray> readWhole(const QString &path)
-{
-    QFile file(path);
-    if (!file.open(QIODevice::ReadOnly))
-        return Error{file.errorString()};
-    if (file.size() > largestFileMegabytes * 1024 * 1024)
-        return Error{ImageStampCollection::tr("The file is larger than %1 MB.").arg(largestFileMegabytes)};
-    const QByteArray bytes = file.readAll();
-    if (file.error() != QFileDevice::NoError || bytes.isEmpty())
-        return Error{file.error() != QFileDevice::NoError ? file.errorString()
-                                                          : ImageStampCollection::tr("The file is empty.")};
-    return bytes;
-}
-
-Error refusal(const QUrl &url)
-{
-    const QFileInfo file(url.toLocalFile());
-    if (url.isLocalFile() && file.isDir())
-        return {ImageStampCollection::tr("This is a folder.")};
-    if (!url.isLocalFile() || !file.exists())
-        return {ImageStampCollection::tr("There is no such file.")};
-    return {ImageStampCollection::tr("This is not an image file that can be read.")};
 }
 
 } // namespace
@@ -208,13 +172,20 @@ QStringList ImageStampCollection::problems()
 
 void ImageStampCollection::load()
 {
-    const auto stored = listStore().read();
+    const auto stored = listStore().read().value_or(inkory::SignatureListStore::Contents());
+    QList<QUrl> urls;
     QList<QUrl> filesToAddAgain;
     for (const QString &storedString : stored.urls) {
         QUrl url(storedString);
-        if (stored.migrationDone || migrateEntry(storedString, url, filesToAddAgain))
-            loadEntry(url);
+        if ((stored.migrationDone || migrateEntry(storedString, url, filesToAddAgain)) && !urls.contains(url))
+            urls.append(url);
     }
+    const auto images = inkory::readSignatures(urls);
+    for (std::size_t i = 0; i < images.size(); ++i) {
+        if (images[i])
+            insert(signatureKey(urls.at(static_cast<qsizetype>(i))), images[i]);
+    }
+    m_storedList = stored.urls;
     if (!filesToAddAgain.isEmpty())
         showNotice();
     persist();
@@ -230,20 +201,8 @@ bool ImageStampCollection::migrateEntry(const QString &storedString, QUrl &url, 
         return false;
     }
     const QString name = storedString.mid(storedString.lastIndexOf(QLatin1Char('/')) + 1);
-    url = QUrl(keyFor(applicationSupportSignaturesUrl()) + name);
+    url = QUrl(signatureKey(applicationSupportSignaturesUrl()) + name);
     return QFileInfo::exists(url.toLocalFile());
-}
-
-void ImageStampCollection::loadEntry(const QUrl &url)
-{
-    const QString key = keyFor(url);
-    if (m_imageStampList.contains(key) || !validateImageUrl(url))
-        return;
-    const auto image = Image::fromFile(url.toLocalFile());
-    if (image)
-        insert(key, *image);
-    else
-        logLine(QStringLiteral("Unable to read image %1. error:\n%2").arg(key, image.error().message));
 }
 
 int ImageStampCollection::addFiles(const QList<QUrl> &urls)
@@ -251,41 +210,19 @@ int ImageStampCollection::addFiles(const QList<QUrl> &urls)
     m_problems.clear();
     if (!ensureSignaturesDirectory())
         return -1;
-    qsizetype position = -1;
-    for (const QUrl &url : urls) {
-        const auto key = copyIntoLibrary(url);
-        if (key)
-            position = m_imageStampListIndex.indexOf(*key);
-        else
-            m_problems.append(tr("“%1” could not be added: %2")
-                                  .arg(url.adjusted(QUrl::StripTrailingSlash).fileName(), key.error().message));
+    const auto copies = inkory::copySignatures(urls, signaturesPath());
+    QString lastKey;
+    for (std::size_t i = 0; i < copies.size(); ++i) {
+        if (copies[i]) {
+            lastKey = copies[i]->key;
+            insert(lastKey, copies[i]->image);
+            continue;
+        }
+        const QUrl url = urls.at(static_cast<qsizetype>(i)).adjusted(QUrl::StripTrailingSlash);
+        m_problems.append(tr("“%1” could not be added: %2").arg(url.fileName(), copies[i].error().message));
     }
     persist();
-    return static_cast<int>(position);
-}
-
-Result<QString> ImageStampCollection::copyIntoLibrary(const QUrl &sourceUrl)
-{
-    if (!validateImageUrl(sourceUrl))
-        return refusal(sourceUrl);
-    const QString source = sourceUrl.toLocalFile();
-    const auto image = Image::fromFile(source);
-    if (!image) {
-        logLine(QStringLiteral("Unable to read image %1. error:\n%2").arg(keyFor(sourceUrl), image.error().message));
-        return image.error();
-    }
-    const QString destination = uniquePath(QFileInfo(source).suffix());
-    const QString key = keyFor(QUrl::fromLocalFile(destination));
-    const auto bytes = readWhole(source);
-    const auto copied = bytes ? inkory::replaceFileDurably(destination, *bytes, onlyForTheOwner) : bytes.error();
-    if (!copied) {
-        logLine(QStringLiteral("Unable to copy image %1 to user Application Support Directory (%2). error:\n%3")
-                    .arg(keyFor(sourceUrl), key, copied.error().message));
-        QFile::remove(destination); // it may be complete but not known to be on the disk
-        return copied.error();
-    }
-    insert(key, *image);
-    return key;
+    return static_cast<int>(m_imageStampListIndex.indexOf(lastKey));
 }
 
 ImagePtr ImageStampCollection::saveImage(const ImagePtr &image)
@@ -293,7 +230,7 @@ ImagePtr ImageStampCollection::saveImage(const ImagePtr &image)
     m_problems.clear();
     if (!image || !ensureSignaturesDirectory())
         return nullptr;
-    const QString path = uniquePath(QStringLiteral("png"));
+    const QString path = newSignaturePath(signaturesPath(), QStringLiteral("png"));
     const auto bytes = image->pngBytes();
     const auto written = bytes ? inkory::replaceFileDurably(path, *bytes, onlyForTheOwner) : bytes.error();
     if (!written) {
@@ -301,7 +238,7 @@ ImagePtr ImageStampCollection::saveImage(const ImagePtr &image)
         reportNotAdded(written.error().message);
         return nullptr;
     }
-    insert(keyFor(QUrl::fromLocalFile(path)), image);
+    insert(signatureKey(QUrl::fromLocalFile(path)), image);
     persist();
     return image;
 }
@@ -366,8 +303,35 @@ void ImageStampCollection::insert(const QString &key, const ImagePtr &image)
     m_imageStampListIndex.append(key);
 }
 
+/// Reads the images that other processes have added; they get no position by this.
+void ImageStampCollection::takeIn(const QStringList &keys)
+{
+    QList<QUrl> urls;
+    for (const QString &key : keys) {
+        if (!m_imageStampList.contains(key) && !m_storedList.contains(key))
+            urls.append(QUrl(key));
+    }
+    const auto images = inkory::readSignatures(urls);
+    for (std::size_t i = 0; i < images.size(); ++i) {
+        if (images[i])
+            m_imageStampList.insert(signatureKey(urls.at(static_cast<qsizetype>(i))), images[i]);
+    }
+}
+
 void ImageStampCollection::persist()
 {
-    if (const auto written = listStore().write({m_imageStampListIndex, true}); !written)
+    const auto store = listStore();
+    if (const auto stored = store.read())
+        takeIn(stored->urls); // before anything changes: this runs the event loop
+    QStringList list = m_imageStampListIndex;
+    const auto written = store.writeChange(m_storedList, list);
+    if (!written)
         m_problems.append(tr("The list of signatures could not be saved: %1").arg(written.error().message));
+
+    // What could not be read just now stays in the stored list; the next start looks at it again.
+    list.removeIf([this](const QString &key) { return !m_imageStampList.contains(key); });
+    m_imageStampListIndex = list;
+    m_imageStampList.removeIf([&list](const auto &each) { return !list.contains(each.key()); });
+    if (written)
+        m_storedList = list;
 }

@@ -1,7 +1,6 @@
 #pragma once
 
 #include "platform/core/Image.h"
-#include "platform/core/Result.h"
 
 #include <QCoreApplication>
 #include <QHash>
@@ -16,7 +15,11 @@
 /// and every image in memory from the first use on. Used only through the class's own operations, which forward to one
 /// instance for the whole process; the selection dialog edits the library, the signature window saves into it.
 ///
-/// Main thread only. Failures are logged; problems() tells the person about those of the last change.
+/// Several processes may change the library at the same time: each change takes in what others have added and removed.
+///
+/// Main thread only. Files are read on other threads; while the first use or a change waits for them, an event loop
+/// keeps the windows painted and input waits. Failures are logged; problems() tells the person about those of the last
+/// change.
 class ImageStampCollection
 {
     Q_DECLARE_TR_FUNCTIONS(ImageStampCollection)
@@ -65,20 +68,20 @@ private:
     ImageStampCollection();
 
     void load();
-    void loadEntry(const QUrl &url);
     bool migrateEntry(const QString &storedString, QUrl &url, QList<QUrl> &filesToAddAgain) const;
 
     void removeEntry(qsizetype index);
     int addFiles(const QList<QUrl> &urls);
-    inkory::Result<QString> copyIntoLibrary(const QUrl &sourceUrl);
     inkory::ImagePtr saveImage(const inkory::ImagePtr &image);
     bool ensureSignaturesDirectory();
 
     void reportNotAdded(const QString &reason);
     void insert(const QString &key, const inkory::ImagePtr &image);
+    void takeIn(const QStringList &keys);
     void persist();
 
     QHash<QString, inkory::ImagePtr> m_imageStampList;
     QStringList m_imageStampListIndex;
+    QStringList m_storedList; // as this process last read or wrote it
     QStringList m_problems;
 };

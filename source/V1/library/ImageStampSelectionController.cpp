@@ -118,6 +118,7 @@ void ImageStampSelectionController::awakeFromNib()
     m_imageTableView = inkory::outlet<inkory::SignatureListView>(root, QStringLiteral("imageTableView"));
     m_emptyListMessageTextField = inkory::outlet<QLabel>(root, QStringLiteral("emptyListMessageTextField"));
     m_selectButton = inkory::outlet<QPushButton>(root, QStringLiteral("selectButton"));
+    m_addButton = inkory::outlet<QPushButton>(root, QStringLiteral("addButton"));
     m_removeButton = inkory::outlet<QPushButton>(root, QStringLiteral("removeButton"));
     m_createSignatureButton = inkory::outlet<QPushButton>(root, QStringLiteral("createSignatureButton"));
     m_messageFrame = inkory::outlet<QFrame>(root, QStringLiteral("messageFrame"));
@@ -139,7 +140,6 @@ void ImageStampSelectionController::connectOutlets()
     using Self = ImageStampSelectionController;
     const QWidget &root = *window();
     auto *closeButton = inkory::outlet<QPushButton>(root, QStringLiteral("closeButton"));
-    auto *addButton = inkory::outlet<QPushButton>(root, QStringLiteral("addButton"));
     // The order of the two is the desktop's.
     auto *buttonBox = inkory::outlet<QDialogButtonBox>(root, QStringLiteral("buttonBox"));
     buttonBox->addButton(closeButton, QDialogButtonBox::RejectRole);
@@ -147,15 +147,15 @@ void ImageStampSelectionController::connectOutlets()
 
     connect(m_selectButton, &QPushButton::clicked, this, &Self::setImageStamp);
     connect(m_removeButton, &QPushButton::clicked, this, &Self::removeImage);
-    connect(addButton, &QPushButton::clicked, this, &Self::addImage);
+    connect(m_addButton, &QPushButton::clicked, this, &Self::addImage);
     connect(m_createSignatureButton, &QPushButton::clicked, this, &Self::createSignature);
     connect(closeButton, &QPushButton::clicked, this, &Self::closeDialog);
     connect(qobject_cast<QDialog *>(window()), &QDialog::rejected, this, &Self::closeDialog); // Escape, closing
     connect(m_imageTableView, &QAbstractItemView::doubleClicked, this, &Self::imageTableViewDoubleClick);
     connect(m_imageTableView->selectionModel(), &QItemSelectionModel::selectionChanged, this, &Self::setButtonsEnable);
-    for (const Qt::Key key : {Qt::Key_Delete, Qt::Key_Backspace})
-        connect(new QShortcut(key, m_imageTableView, nullptr, nullptr, Qt::WidgetShortcut), &QShortcut::activated, this,
-                &Self::removeImage);
+    // Backspace does not remove: it is pressed too easily for what cannot be undone.
+    connect(new QShortcut(Qt::Key_Delete, m_imageTableView, nullptr, nullptr, Qt::WidgetShortcut),
+            &QShortcut::activated, this, &Self::removeImage);
     m_imageTableView->setDropHandlers([this](const QMimeData &data) { return validateDrop(data); },
                                       [this](const QMimeData &data) { return acceptDrop(data); });
 }
@@ -173,7 +173,10 @@ bool ImageStampSelectionController::showModal(inkory::ImageStampReceiver &pdfWin
     validateTableViewMessage();
     if (m_imageTableView->selectedRow() < 0)
         m_imageTableView->selectRow(0); // Return is enough to choose
-    m_imageTableView->setFocus();
+    if (ImageStampCollection::count() == 0)
+        m_addButton->setFocus();
+    else
+        m_imageTableView->setFocus();
 
     m_running = true;
     const int code = inkory::runModalForWindow(*dialog, pdfWindowController.imageStampWindow());
@@ -222,8 +225,10 @@ void ImageStampSelectionController::addImage()
         UserDefaults::standard().setUrl(lastFolderKey, urls.constFirst().adjusted(QUrl::RemoveFilename));
         const int position = ImageStampCollection::addImages(urls);
         reloadData();
-        if (position >= 0)
+        if (position >= 0) {
             m_imageTableView->selectRow(position);
+            m_imageTableView->setFocus(); // Return chooses the new one
+        }
         showProblems();
     }
     validateTableViewMessage();
@@ -252,11 +257,11 @@ bool ImageStampSelectionController::acceptDrop(const QMimeData &data)
     if (paths.isEmpty())
         return false;
     const int position = ImageStampCollection::addImages(paths);
+    reloadData(); // in any case: other processes may have changed the library
+    validateTableViewMessage();
     showProblems();
     if (position < 0)
         return false;
-    reloadData();
-    validateTableViewMessage();
     m_imageTableView->scrollTo(m_model.index(position, 0));
     return true;
 }

@@ -70,6 +70,7 @@ private:
     inkory::SignatureListModel m_model;
     inkory::SignatureListView *m_imageTableView = nullptr; // these belong to the window
     QLabel *m_emptyListMessageTextField = nullptr;
+    QPushButton *m_addButton = nullptr;
     QPushButton *m_selectButton = nullptr;
     QPushButton *m_removeButton = nullptr;
     QPushButton *m_createSignatureButton = nullptr;

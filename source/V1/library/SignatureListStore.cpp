@@ -9,6 +9,7 @@
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
+#include <QLockFile>
 
 namespace inkory
 {
@@ -23,6 +24,7 @@ const QString copyIsNewerKey = QStringLiteral("NEWER_THAN_SETTINGS");
 
 constexpr qint64 largestCopyBytes = 16 * 1024 * 1024;
 constexpr unsigned onlyForTheOwner = 0600;
+constexpr int lockPatienceMilliseconds = 80; // the window stands still meanwhile
 
 QByteArray readSmallFile(const QString &path)
 {
@@ -38,6 +40,24 @@ QByteArray copyBytes(const SignatureListStore::Contents &contents, bool copyIsNe
                              {migrationDoneKey, contents.migrationDone},
                              {copyIsNewerKey, copyIsNewer}};
     return QJsonDocument(object).toJson();
+}
+
+/// `current` with what has been added and removed between `before` and `after`.
+QStringList withChange(const QStringList &current, const QStringList &before, const QStringList &after)
+{
+    if (current == before)
+        return after;
+    QStringList merged;
+    for (const QString &url : current) {
+        if (after.contains(url) || !before.contains(url))
+            merged.append(url);
+    }
+    for (const QString &url : after) {
+        if (!before.contains(url))
+            merged.append(url);
+    }
+    merged.removeDuplicates();
+    return merged;
 }
 
 } // namespace
@@ -68,13 +88,25 @@ SignatureListStore::Copy SignatureListStore::readCopy() const
     return copy;
 }
 
-SignatureListStore::Contents SignatureListStore::read() const
+std::optional<SignatureListStore::Contents> SignatureListStore::read() const
 {
     const Copy copy = readCopy();
-    const UserDefaults &defaults = UserDefaults::standard();
-    if (copy.readable && (copy.newerThanSettings || !defaults.hasStoredValue(urlListKey)))
+    UserDefaults &defaults = UserDefaults::standard();
+    defaults.refresh();
+    const auto urls = defaults.storedStringList(urlListKey);
+    if (copy.readable && (copy.newerThanSettings || !urls))
         return copy.contents;
-    return {defaults.stringList(urlListKey), defaults.boolean(migrationDoneKey)};
+    return urls ? std::optional(Contents{*urls, defaults.boolean(migrationDoneKey)}) : std::nullopt;
+}
+
+Result<void> SignatureListStore::writeChange(const QStringList &before, QStringList &urls) const
+{
+    QLockFile lock(m_copyPath + QStringLiteral(".lock"));
+    if (!m_copyPath.isEmpty() && !lock.tryLock(lockPatienceMilliseconds)) // better than to lose the change
+        logLine(QStringLiteral("The list of signatures is changed without the lock '%1'").arg(lock.fileName()));
+    if (const auto current = read())
+        urls = withChange(current->urls, before, urls);
+    return write({urls, true});
 }
 
 Result<void> SignatureListStore::write(const Contents &contents) const

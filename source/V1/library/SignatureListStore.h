@@ -5,6 +5,8 @@
 #include <QString>
 #include <QStringList>
 
+#include <optional>
+
 namespace inkory
 {
 
@@ -27,16 +29,19 @@ public:
     explicit SignatureListStore(QString copyPath) : m_copyPath(std::move(copyPath)) {}
 
     /// The settings' list and flag. The second copy takes the place of both where the settings hold no list, or where
-    /// the last change reached the copy only.
-    Contents read() const;
+    /// the last change reached the copy only. Nothing where neither holds a list.
+    std::optional<Contents> read() const;
 
-    /// Keeps both copies. Fails, with the reason, when neither could be written; every failure is logged.
-    Result<void> write(const Contents &contents) const;
+    /// Keeps, in both copies, what the caller has added and removed between `before` and `urls`, together with what
+    /// other processes have added and removed meanwhile; notes that the migration is done. `urls` becomes the whole
+    /// list, on failure, too. Fails, with the reason, when neither copy could be written; every failure is logged.
+    Result<void> writeChange(const QStringList &before, QStringList &urls) const;
 
 private:
     struct Copy;
 
     Copy readCopy() const;
+    Result<void> write(const Contents &contents) const;
 
     QString m_copyPath;
 };

@@ -29,7 +29,7 @@ constexpr int mostMegabytesDecoded = 256;
 constexpr int mostPixelsASide = 32'767;
 constexpr qint64 mostPixels = 200'000'000;
 constexpr qint64 mostPixelsDecodedAsAWhole = 64'000'000;
-constexpr qint64 mostPixelsKept = 24'000'000;
+constexpr qint64 mostPixelsKept = 12'500'000; // so that what most cameras make is left alone
 
 /// The sentences for the person, in the form that the translation tools look for.
 class Text
@@ -197,7 +197,8 @@ Result<void> FileDecoder::decode()
             {std::max(1, int(m_statedSize.width() * factor)), std::max(1, int(m_statedSize.height() * factor))});
         m_isScaled = true;
     }
-    QImageReader::setAllocationLimit(mostMegabytesDecoded);
+    // Once, because images are read on several threads.
+    [[maybe_unused]] static const bool limited = (QImageReader::setAllocationLimit(mostMegabytesDecoded), true);
     if (!m_reader.read(&m_pixels) || m_pixels.isNull())
         return count * 4 > qint64(mostMegabytesDecoded) << 20 ? tooLarge(m_statedSize) : damaged();
     if (std::max(m_pixels.width(), m_pixels.height()) > mostPixelsASide)

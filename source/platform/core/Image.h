@@ -15,8 +15,8 @@ namespace inkory
 {
 
 /// A picture with pixels and a size in points. QImage cannot say whether a file stated its density: it reports 96 dpi
-/// for files that state none, so the density is read from the file here. Immutable and shared; two images are the same
-/// only if they are the same object.
+/// for files that state none, so the density is read from the file here. Immutable and shared, also between threads;
+/// two images are the same only if they are the same object.
 class Image
 {
 public:
@@ -26,9 +26,9 @@ public:
     /// Reads a file; its format is decided by its content. EXIF orientation is applied. The size in points is pixels ×
     /// 72 / the density that the file states, where that is sane (10 to 5000 dpi); otherwise one pixel is one point.
     /// Fails, with a sentence for the person, on what is no image, is cut off, or has more than 200 megapixels or
-    /// 32,767 pixels a side; images of more than 24 megapixels are scaled down while they are read (keeping their size
-    /// in points). Where the whole image must be held to read it (progressive JPEG, for example), 64 megapixels are the
-    /// limit.
+    /// 32,767 pixels a side; images of more than 12.5 megapixels are scaled down while they are read (keeping their
+    /// size in points). Where the whole image must be held to read it (progressive JPEG, for example), 64 megapixels
+    /// are the limit.
     static Result<std::shared_ptr<const Image>> fromFile(const QString &path);
 
     /// In the simplest of three formats that holds them without loss, 16-bit channels apart, which become 8-bit ones:

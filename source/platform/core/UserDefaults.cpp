@@ -21,6 +21,7 @@ namespace
 {
 
 constexpr unsigned ownerOnly = 0600;
+constexpr qint64 mostBytes = 4 * 1024 * 1024;
 
 /// Each kind in one form, however a JSON reader or a caller spells it: numbers as double, URLs as encoded strings,
 /// lists of strings as QStringList. Everything else is passed through.
@@ -66,7 +67,7 @@ FileState readSettings(const QString &filePath, QVariantMap &values)
     if (!info.exists() && !info.isSymLink())
         return FileState::Missing;
     QFile file(filePath);
-    if (!info.isFile() || !file.open(QIODevice::ReadOnly))
+    if (!info.isFile() || info.size() > mostBytes || !file.open(QIODevice::ReadOnly))
         return FileState::Damaged;
     const QJsonDocument document = QJsonDocument::fromJson(file.readAll());
     if (file.error() != QFileDevice::NoError || !document.isObject())
@@ -146,6 +147,12 @@ QStringList UserDefaults::stringList(const QString &name) const
     return valueOfKind<QStringList>(value(name));
 }
 
+std::optional<QStringList> UserDefaults::storedStringList(const QString &name) const
+{
+    const QVariant stored = m_stored.value(name);
+    return stored.typeId() == QMetaType::QStringList ? std::optional(stored.toStringList()) : std::nullopt;
+}
+
 std::optional<QUrl> UserDefaults::url(const QString &name) const
 {
     const QUrl url(string(name), QUrl::StrictMode);
@@ -186,22 +193,30 @@ void UserDefaults::remove(const QString &name)
         m_changedNames.insert(name);
 }
 
+std::optional<QVariantMap> UserDefaults::storedInFileWithChanges() const
+{
+    QVariantMap merged;
+    if (readSettings(m_filePath, merged) != FileState::Readable)
+        return std::nullopt;
+    for (const QString &name : m_changedNames) {
+        merged.remove(name);
+        if (m_stored.contains(name))
+            merged.insert(name, m_stored.value(name));
+    }
+    return merged;
+}
+
+void UserDefaults::refresh()
+{
+    m_stored = storedInFileWithChanges().value_or(m_stored);
+}
+
 Result<void> UserDefaults::synchronize()
 {
     if (m_changedNames.isEmpty())
         return {};
 
-    QVariantMap merged;
-    if (readSettings(m_filePath, merged) == FileState::Readable) {
-        for (const QString &name : std::as_const(m_changedNames)) {
-            merged.remove(name);
-            if (m_stored.contains(name))
-                merged.insert(name, m_stored.value(name));
-        }
-    } else {
-        merged = m_stored;
-    }
-
+    const QVariantMap merged = storedInFileWithChanges().value_or(m_stored);
     QDir().mkpath(QFileInfo(m_filePath).path());
     const Result<void> written =
         replaceFileDurably(m_filePath, QJsonDocument(QJsonObject::fromVariantMap(merged)).toJson(), ownerOnly);

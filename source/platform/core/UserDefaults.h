@@ -17,9 +17,9 @@ namespace inkory
 /// cannot be used: on a full disk its sync() destroys the settings file and reports success. Here the file is replaced
 /// in one step or not at all, and a failed write keeps every value in memory for the next try.
 ///
-/// Main thread only. A file that is missing or unreadable counts as empty (with a log line when it is unreadable; the
-/// bad file is moved out of the way, to the name with ".damaged" appended). What the file holds beyond the kinds above
-/// stays in it.
+/// Main thread only. A file that is missing or unreadable counts as empty (with a log line when it is unreadable, or
+/// larger than 4 MB; the bad file is moved out of the way, to the name with ".damaged" appended). What the file holds
+/// beyond the kinds above stays in it.
 class UserDefaults
 {
 public:
@@ -46,6 +46,9 @@ public:
     QStringList stringList(const QString &name) const;
     std::optional<QUrl> url(const QString &name) const;
 
+    /// The user's own list of strings; nothing where none is stored or the stored value is of another kind.
+    std::optional<QStringList> storedStringList(const QString &name) const;
+
     void setBoolean(const QString &name, bool value);
     /// Infinities and NaN have no place in the file: they are logged and not set.
     void setNumber(const QString &name, double value);
@@ -55,12 +58,17 @@ public:
     void setUrl(const QString &name, const QUrl &value);
     void remove(const QString &name);
 
+    /// Takes over what another process has written to the file meanwhile. Values that are set but not written yet stay;
+    /// a file that is missing or unreadable changes nothing.
+    void refresh();
+
     /// Writes what changed to the file, durably; values that another process has changed in it meanwhile are taken over
     /// from it. A failure is logged and answered; the values stay set. Does nothing when nothing was changed.
     Result<void> synchronize();
 
 private:
     QVariant value(const QString &name) const;
+    std::optional<QVariantMap> storedInFileWithChanges() const;
     void setValue(const QString &name, const QVariant &value);
 
     QString m_filePath;

@@ -1,9 +1,9 @@
 #pragma once
 
 #include "V1/library/ImageStampCollection.h"
-#include "platform/core/Log.h"
 #include "platform/core/UserDefaults.h"
 #include "platform/widgets/Alert.h"
+#include "support/Tools.h"
 
 #include <QDir>
 #include <QFile>
@@ -19,9 +19,8 @@ class LibraryFixture : public ::testing::Test
 protected:
     LibraryFixture()
     {
-        qputenv("XDG_DATA_HOME", path(QStringLiteral("data")).toLocal8Bit());
+        qputenv("XDG_DATA_HOME", path(u"data"_qs).toLocal8Bit());
         qputenv("HOME", m_home.path().toLocal8Bit());
-        inkory::setLogListener([this](const QString &line) { m_log.append(line); });
         inkory::Alert::setResponder([this](const inkory::Alert &alert) {
             m_alerts.append(alert);
             return 1;
@@ -32,77 +31,65 @@ protected:
     ~LibraryFixture() override
     {
         inkory::Alert::setResponder({});
-        inkory::setLogListener({});
         ImageStampCollection::forgetSharedState();
     }
 
     /// What a new process knows: the disk.
     void restart()
     {
-        inkory::UserDefaults::setStandardFilePath(settingsPath());
+        inkory::UserDefaults::setStandardFilePath(path(u"settings.json"_qs));
         ImageStampCollection::forgetSharedState();
     }
 
     QString path(const QString &name) const { return m_home.filePath(name); }
-    QString settingsPath() const { return path(QStringLiteral("settings.json")); }
-    QString supportFolder() const { return path(QStringLiteral("data/inkory")); }
-    QString signaturesFolder() const { return supportFolder() + QStringLiteral("/signatures"); }
+    QString signaturesFolder() const { return path(u"data/inkory/signatures"_qs); }
     QStringList filesInLibrary() const { return QDir(signaturesFolder()).entryList(QDir::Files); }
 
     static QString key(const QString &file) { return QString::fromLatin1(QUrl::fromLocalFile(file).toEncoded()); }
 
-    static QStringList storedList()
-    {
-        return inkory::UserDefaults::standard().stringList(QStringLiteral("IMAGE_STAMP_URL_LIST"));
-    }
+    static QStringList storedList() { return inkory::UserDefaults::standard().stringList(u"IMAGE_STAMP_URL_LIST"_qs); }
 
     static void store(const QStringList &keys, bool migrationDone)
     {
         inkory::UserDefaults &defaults = inkory::UserDefaults::standard();
-        defaults.setStringList(QStringLiteral("IMAGE_STAMP_URL_LIST"), keys);
-        if (migrationDone)
-            defaults.setBoolean(QStringLiteral("STAMPS_SANDBOX_MIGRAION_DONE"), true);
+        defaults.setStringList(u"IMAGE_STAMP_URL_LIST"_qs, keys);
+        defaults.setBoolean(u"STAMPS_SANDBOX_MIGRAION_DONE"_qs, migrationDone);
         ASSERT_TRUE(defaults.synchronize());
+    }
+
+    QString makeFile(const QString &name, const QByteArray &bytes) const
+    {
+        QDir().mkpath(QFileInfo(path(name)).path());
+        return inkory::test::writeFile(m_home.path(), name, bytes);
     }
 
     /// A PNG file whose width tells it from others.
     QString makeImage(const QString &name, int width = 30) const
     {
-        const QString file = path(name);
-        QDir().mkpath(QFileInfo(file).path());
+        const QString file = makeFile(name, {});
         QImage image(width, 10, QImage::Format_ARGB32);
         image.fill(QColor(20, 40, 120));
         EXPECT_TRUE(image.save(file, "PNG"));
         return file;
     }
 
-    QString makeFile(const QString &name, const QByteArray &bytes) const
+    /// One signature for each width.
+    void addSignatures(const QList<int> &someWidths) const
     {
-        const QString file = path(name);
-        QDir().mkpath(QFileInfo(file).path());
-        QFile out(file);
-        EXPECT_TRUE(out.open(QIODevice::WriteOnly) && out.write(bytes) == bytes.size());
-        return file;
-    }
-
-    static QByteArray bytesOf(const QString &file)
-    {
-        QFile in(file);
-        return in.open(QIODevice::ReadOnly) ? in.readAll() : QByteArray();
+        for (const int width : someWidths)
+            ASSERT_GE(ImageStampCollection::addImages(QStringList{makeImage(u"a.png"_qs, width)}), 0);
     }
 
     /// The widths of the library's images, in its order.
     static QList<int> widths()
     {
         QList<int> result;
-        for (qsizetype i = 0; i < ImageStampCollection::count(); ++i)
+        for (int i = 0; i < ImageStampCollection::count(); ++i)
             result.append(ImageStampCollection::stampImageAtIndex(i)->pixels().width());
         return result;
     }
 
-    bool wasLogged(const QString &part) const { return !m_log.filter(part).isEmpty(); }
-
     QTemporaryDir m_home;
-    QStringList m_log;
+    inkory::test::LogCatcher m_log;
     QList<inkory::Alert> m_alerts;
 };
