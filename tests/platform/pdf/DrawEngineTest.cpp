@@ -143,24 +143,6 @@ TEST_F(DrawEngine, ShowsWhatTheWritingLibraryFindsInADamagedFile)
     EXPECT_EQ(test::findInkBounds(*image, Qt::red), QRect(20, 220, 30, 50));
 }
 
-TEST_F(DrawEngine, AsksForThePassword)
-{
-    const auto locked = file(test::troubleSample(QStringLiteral("encrypted-with-password")).bytes);
-    EXPECT_EQ(open(locked).message, QStringLiteral("This document is protected by a password."));
-    const OpenOutcome refused = open(locked, "wrong");
-    EXPECT_EQ(refused.state, State::PasswordNeeded);
-    EXPECT_EQ(refused.message, QStringLiteral("That password is not right. Try again."));
-    EXPECT_EQ(open(locked, QByteArray(3000, 'x')).state, State::PasswordNeeded); // 128 bytes have crashed the library
-    EXPECT_EQ(open(locked, "owner").state, State::Open);
-
-    const QString latin = QStringLiteral("h\u00f4tel");
-    const QByteArray old = test::rewriteWithQpdf(
-        crookedPage(),
-        {QStringLiteral("--allow-weak-crypto"), QStringLiteral("--password-mode=unicode"), QStringLiteral("--encrypt"),
-         latin, latin, QStringLiteral("128"), QStringLiteral("--use-aes=y"), QStringLiteral("--")});
-    EXPECT_EQ(open(old, latin.toUtf8()).state, State::Open) << "tried in Latin 1";
-}
-
 // Against pdftoppm for the file's own rotation, and against a file that says the extra turn itself.
 TEST_F(DrawEngine, DrawsARegionOfTheTurnedPage)
 {

@@ -101,20 +101,6 @@ TEST_F(WriterStamp, LeavesAloneWhatAnotherPageShares)
     }
 }
 
-TEST_F(WriterStamp, KeepsEncryptionAndPasswords)
-{
-    const test::Sample sample = test::troubleSample(QStringLiteral("encrypted-with-password"));
-    const QString path = write(stampRequest(sample.bytes, 0, stampRect, sample.password.toUtf8()));
-    EXPECT_EQ(stampOn(path, 1, sample.password), shownStamp);
-    const auto describe = [](const QString &encrypted, const QString &password) {
-        const QStringList options{QStringLiteral("--show-encryption"), QStringLiteral("--password=") + password};
-        return test::runTool(QStringLiteral("qpdf"), options + QStringList{encrypted});
-    };
-    EXPECT_EQ(describe(path, sample.password).output, describe(input(sample.bytes), sample.password).output);
-    EXPECT_TRUE(describe(path, QStringLiteral("owner")).succeeded());
-    EXPECT_FALSE(test::pdfInfo(path));
-}
-
 TEST_F(WriterStamp, RefusesWhatTheAuthorForbids)
 {
     const QString refusal = QStringLiteral("The author of this document does not allow changes to it.");

@@ -108,15 +108,4 @@ TEST_F(RecentDocumentsTest, UpdatesAnEntryAndKeepsWhatOthersWroteAlsoWhenCleared
     EXPECT_TRUE(recent.urls().isEmpty());
 }
 
-TEST_F(RecentDocumentsTest, LeavesADamagedListAlone)
-{
-    const QUrl url = makeFile("a.pdf");
-    for (const QByteArray &damaged :
-         {listXml({entryXml(url, pdf, 1)}).chopped(12), QByteArray("no list"), QByteArray("<other/>")}) {
-        writeList(damaged);
-        recent.add(url, at(2));
-        EXPECT_EQ(list(), damaged);
-    }
-}
-
 } // namespace inkory
