@@ -31,14 +31,6 @@ QStringList pageOptions(int page)
     return {QStringLiteral("-f"), number, QStringLiteral("-l"), number};
 }
 
-/// "Page    1 MediaBox:  0.00  0.00  612.00  792.00" has the corners in the groups 3 to 6.
-QRectF boxOf(const QRegularExpressionMatch &match)
-{
-    const QPointF lower(match.captured(3).toDouble(), match.captured(4).toDouble());
-    const QPointF upper(match.captured(5).toDouble(), match.captured(6).toDouble());
-    return QRectF(lower, upper);
-}
-
 QImage onWhite(const QImage &image)
 {
     QImage result(image.size(), QImage::Format_RGB32);
@@ -56,21 +48,21 @@ int channelDifference(QRgb first, QRgb second)
 
 } // namespace
 
-ToolOutcome runTool(const QString &program, const QStringList &arguments, const QByteArray &input, int timeoutSeconds)
+ToolOutcome runTool(const QString &program, const QStringList &arguments)
 {
+    constexpr int limit = 60'000; // milliseconds
     QProcess process;
     QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
     environment.insert(QStringLiteral("LC_ALL"), QStringLiteral("C.UTF-8"));
     process.setProcessEnvironment(environment);
     process.start(program, arguments);
     ToolOutcome outcome;
-    if (!process.waitForStarted(timeoutSeconds * 1000)) {
+    if (!process.waitForStarted(limit)) {
         outcome.errors = process.errorString().toUtf8();
         return outcome;
     }
-    process.write(input);
     process.closeWriteChannel();
-    if (!process.waitForFinished(timeoutSeconds * 1000)) {
+    if (!process.waitForFinished(limit)) {
         process.kill();
         process.waitForFinished();
         outcome.errors = program.toUtf8() + " was killed at its time limit";
@@ -99,29 +91,21 @@ QByteArray readFile(const QString &path)
     return file.readAll();
 }
 
-std::optional<std::vector<ListedPage>> pdfInfo(const QString &path, const QString &password)
+std::optional<std::vector<ListedPage>> pdfInfo(const QString &path)
 {
-    const QStringList all{QStringLiteral("-box"), QStringLiteral("-f"), QStringLiteral("1"), QStringLiteral("-l"),
-                          QStringLiteral("-1")};
-    const ToolOutcome outcome = runTool(QStringLiteral("pdfinfo"), all + passwordOption(password) + QStringList{path});
+    const ToolOutcome outcome = runTool(QStringLiteral("pdfinfo"), {QStringLiteral("-f"), QStringLiteral("1"),
+                                                                    QStringLiteral("-l"), QStringLiteral("-1"), path});
     if (!outcome.succeeded())
         return std::nullopt;
 
-    static const QRegularExpression size(
-        QStringLiteral("^Page +(\\d+) size: +([-\\d.]+) x ([-\\d.]+) pts|^Page +(\\d+) rot: +(\\d+)"));
-    static const QRegularExpression box(
-        QStringLiteral("^Page +(\\d+) (MediaBox|CropBox): +([-\\d.]+) +([-\\d.]+) +([-\\d.]+) +([-\\d.]+)"));
+    static const QRegularExpression size(QStringLiteral("^Page +\\d+ size: +([-\\d.]+) x ([-\\d.]+) pts"));
+    static const QRegularExpression rotation(QStringLiteral("^Page +\\d+ rot: +(\\d+)"));
     std::vector<ListedPage> pages;
     for (const QString &line : QString::fromUtf8(outcome.output).split(u'\n')) {
-        if (const auto match = size.match(line); match.hasMatch()) {
-            if (match.captured(4).isEmpty())
-                pages.push_back({QSizeF(match.captured(2).toDouble(), match.captured(3).toDouble()), 0, {}, {}});
-            else
-                pages.back().rotation = match.captured(5).toInt();
-        } else if (const auto corners = box.match(line); corners.hasMatch() && !pages.empty()) {
-            ListedPage &page = pages.at(static_cast<std::size_t>(corners.captured(1).toInt() - 1));
-            (corners.captured(2) == QLatin1String("MediaBox") ? page.mediaBox : page.cropBox) = boxOf(corners);
-        }
+        if (const auto found = size.match(line); found.hasMatch())
+            pages.push_back({QSizeF(found.captured(1).toDouble(), found.captured(2).toDouble()), 0});
+        else if (const auto turn = rotation.match(line); turn.hasMatch())
+            pages.back().rotation = turn.captured(1).toInt();
     }
     return pages;
 }
@@ -135,11 +119,10 @@ QImage renderWithPdftoppm(const QString &path, int page, int dotsPerInch, const 
     return QImage::fromData(outcome.output, "PNG");
 }
 
-QString pdfText(const QString &path, int page, const QString &password)
+QString pdfText(const QString &path, int page)
 {
-    return QString::fromUtf8(runTool(QStringLiteral("pdftotext"), pageOptions(page) + passwordOption(password) +
-                                                                      QStringList{path, QStringLiteral("-")})
-                                 .output);
+    return QString::fromUtf8(
+        runTool(QStringLiteral("pdftotext"), pageOptions(page) + QStringList{path, QStringLiteral("-")}).output);
 }
 
 std::vector<ListedImage> pdfImages(const QString &path, const QString &password)
@@ -150,21 +133,17 @@ std::vector<ListedImage> pdfImages(const QString &path, const QString &password)
     // page num type width height color comp bpc enc interp object generation ...
     for (const QString &line : QString::fromUtf8(outcome.output).split(u'\n')) {
         const QStringList fields = line.simplified().split(u' ');
-        bool isImage = false;
-        const int page = fields.value(0).toInt(&isImage);
-        if (isImage && fields.size() > 10)
-            images.push_back({page, fields[2], fields[3].toInt(), fields[4].toInt(), fields[5], fields[6].toInt(),
-                              fields[7].toInt(), fields[8], fields[10].toInt()});
+        if (fields.size() > 10 && fields[0] != QLatin1String("page"))
+            images.push_back({fields[2], fields[8], fields[10].toInt()});
     }
     return images;
 }
 
-std::vector<QImage> pdfImagePixels(const QString &path, const QString &password)
+std::vector<QImage> pdfImagePixels(const QString &path)
 {
     const QTemporaryDir folder;
     const ToolOutcome outcome =
-        runTool(QStringLiteral("pdfimages"), QStringList{QStringLiteral("-png")} + passwordOption(password) +
-                                                 QStringList{path, folder.filePath(QStringLiteral("image"))});
+        runTool(QStringLiteral("pdfimages"), {QStringLiteral("-png"), path, folder.filePath(QStringLiteral("image"))});
     EXPECT_TRUE(outcome.succeeded()) << outcome.errors.toStdString();
     std::vector<QImage> images;
     for (const QString &name : QDir(folder.path()).entryList(QDir::Files, QDir::Name))

@@ -5,7 +5,6 @@
 #include <QImage>
 #include <QMutex>
 #include <QRect>
-#include <QRectF>
 #include <QSizeF>
 #include <QString>
 #include <QStringList>
@@ -27,9 +26,8 @@ struct ToolOutcome
     bool succeeded() const { return exitCode == 0; }
 };
 
-/// Runs a program in the C.UTF-8 locale, hands it the input, and waits. Never throws and never hangs.
-ToolOutcome runTool(const QString &program, const QStringList &arguments, const QByteArray &input = {},
-                    int timeoutSeconds = 60);
+/// Runs a program in the C.UTF-8 locale, without input, and waits, for a minute at most.
+ToolOutcome runTool(const QString &program, const QStringList &arguments);
 
 /// Writes the bytes as a new file and answers its path; fails the running test where that is impossible.
 QString writeFile(const QString &folder, const QString &name, const QByteArray &bytes);
@@ -44,33 +42,23 @@ struct ListedPage
     QSizeF size;
     /// 0, 90, 180 or 270 degrees.
     int rotation = 0;
-    /// x and y are the lower left corner, in points.
-    QRectF mediaBox;
-    QRectF cropBox;
 };
 
 /// Every page of the file as pdfinfo sees it; none where it cannot open the file.
-std::optional<std::vector<ListedPage>> pdfInfo(const QString &path, const QString &password = {});
+std::optional<std::vector<ListedPage>> pdfInfo(const QString &path);
 
 /// The shown part (crop box, turned by the page's rotation) of a page, numbered from 1, drawn by pdftoppm on white; a
 /// null image where it fails.
 QImage renderWithPdftoppm(const QString &path, int page, int dotsPerInch = 72, const QString &password = {});
 
 /// The text of a page, numbered from 1, as pdftotext reads it.
-QString pdfText(const QString &path, int page, const QString &password = {});
+QString pdfText(const QString &path, int page);
 
 /// One line of pdfimages -list.
 struct ListedImage
 {
-    int page = 0;
     /// "image", "smask", "stencil".
     QString type;
-    int width = 0;
-    int height = 0;
-    /// "rgb", "gray", "cmyk", ...
-    QString color;
-    int components = 0;
-    int bitsPerComponent = 0;
     /// "image" (lossless), "jpeg", "jpx", ...
     QString encoding;
     /// The object's number: equal for an image that is stored once and drawn twice.
@@ -81,7 +69,7 @@ struct ListedImage
 std::vector<ListedImage> pdfImages(const QString &path, const QString &password = {});
 
 /// The pixels of those images, in the same order.
-std::vector<QImage> pdfImagePixels(const QString &path, const QString &password = {});
+std::vector<QImage> pdfImagePixels(const QString &path);
 
 /// What qpdf --check complains about; empty for a file that is clean.
 QString qpdfCheck(const QString &path, const QString &password = {});

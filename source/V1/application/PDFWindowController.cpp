@@ -244,7 +244,7 @@ void PDFWindowController::showGeometryState()
 
 void PDFWindowController::showSignatureImage()
 {
-    QAction *item = window()->findChild<QAction *>(QStringLiteral("imageStampToolbarItem"));
+    auto *item = window()->findChild<QAction *>(QStringLiteral("imageStampToolbarItem"));
     if (item)
         item->setVisible(m_imageStampViewImage != nullptr);
     if (!m_imageStampViewImage)

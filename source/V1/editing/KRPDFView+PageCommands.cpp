@@ -64,7 +64,7 @@ void KRPDFView::rotateCurrentPageByAngle(double angle)
 
 void KRPDFView::rotateCurrentPageByAngleObject(const QVariantMap &step)
 {
-    PDFPage *page = step.value(QStringLiteral("page")).value<PDFPage *>();
+    auto *page = step.value(QStringLiteral("page")).value<PDFPage *>();
     const int index = document() ? document()->indexForPage(page) : -1;
     if (index < 0)
         return;

@@ -32,12 +32,13 @@ void runOnWorkers(std::size_t count, const std::function<void(std::size_t)> &tas
     QEventLoop loop;
     QThreadPool pool; // last, so that it waits for its threads before anything else goes, also when the program quits
     pool.setMaxThreadCount(mostThreads);
-    for (std::size_t index = 0; index < count; ++index)
+    for (std::size_t index = 0; index < count; ++index) {
         pool.start([&, index] {
             task(index);
             if (--unfinished == 0)
                 QMetaObject::invokeMethod(&loop, &QEventLoop::quit, Qt::QueuedConnection);
         });
+    }
     loop.exec(QEventLoop::ExcludeUserInputEvents);
 }
 

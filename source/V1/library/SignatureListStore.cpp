@@ -22,7 +22,7 @@ const QString urlListKey = QStringLiteral("IMAGE_STAMP_URL_LIST");
 const QString migrationDoneKey = QStringLiteral("STAMPS_SANDBOX_MIGRAION_DONE");
 const QString copyIsNewerKey = QStringLiteral("NEWER_THAN_SETTINGS");
 
-constexpr qint64 largestCopyBytes = 16 * 1024 * 1024;
+constexpr qint64 largestCopyBytes = 16LL * 1024 * 1024;
 constexpr unsigned onlyForTheOwner = 0600;
 constexpr int lockPatienceMilliseconds = 80; // the window stands still meanwhile
 
@@ -83,7 +83,7 @@ SignatureListStore::Copy SignatureListStore::readCopy() const
     copy.newerThanSettings = object.value(copyIsNewerKey).toBool();
     copy.contents.migrationDone = object.value(migrationDoneKey).toBool();
     const QJsonArray urls = object.value(urlListKey).toArray();
-    for (const QJsonValue &url : urls)
+    for (const auto &url : urls)
         copy.contents.urls.append(url.toString());
     return copy;
 }

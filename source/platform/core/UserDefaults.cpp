@@ -21,7 +21,7 @@ namespace
 {
 
 constexpr unsigned ownerOnly = 0600;
-constexpr qint64 mostBytes = 4 * 1024 * 1024;
+constexpr qint64 mostBytes = 4LL * 1024 * 1024;
 
 /// Each kind in one form, however a JSON reader or a caller spells it: numbers as double, URLs as encoded strings,
 /// lists of strings as QStringList. Everything else is passed through.

@@ -216,15 +216,14 @@ bool Document::mayReplace(const QUrl &url, bool panelHasAsked)
 
 void Document::saveReportingFailure(const QUrl &url, const SaveCompletion &completion)
 {
-    saveToURL(url, [this, url, completion](const Result<void> &outcome) {
-        const QPointer<Document> self(this);
-        if (!outcome) {
+    saveToURL(url, [self = QPointer<Document>(this), url, completion](const Result<void> &outcome) {
+        if (!outcome && self) {
             Alert alert;
             alert.messageText = tr("“%1” could not be saved.").arg(url.fileName());
             alert.informativeText = outcome.error().message;
-            alert.runModal(windowForSheets());
+            alert.runModal(self->windowForSheets());
         }
-        if (self && completion)
+        if (self && completion) // it may have gone during the alert
             completion(outcome);
     });
 }

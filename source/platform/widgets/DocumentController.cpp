@@ -219,6 +219,7 @@ void DocumentController::terminate()
         return;
     m_isQuitting = true;
     std::vector<QPointer<Document>> all;
+    all.reserve(m_documents.size());
     for (const auto &document : m_documents)
         all.emplace_back(document.get());
     reviewForTermination(std::move(all));

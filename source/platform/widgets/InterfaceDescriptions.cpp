@@ -22,7 +22,7 @@ QHash<QString, Builder> &builders()
 
 void registerInterfaceDescription(const QString &name, std::function<std::unique_ptr<QWidget>()> builder)
 {
-    builders().insert(name, std::move(builder));
+    builders()[name] = std::move(builder);
 }
 
 std::unique_ptr<QWidget> loadInterfaceDescription(const QString &name)

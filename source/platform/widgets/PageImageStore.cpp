@@ -21,7 +21,7 @@ constexpr int maxImageSide = 32'767;
 // How much more than needed is drawn on each side then, so that a short scroll needs no new image.
 constexpr int marginOfPart = 256;
 // What all images may take together, apart from the ones being shown.
-constexpr qint64 maxBytes = 96 * 1024 * 1024;
+constexpr qint64 maxBytes = 96LL * 1024 * 1024;
 
 } // namespace
 

@@ -24,7 +24,7 @@ namespace
 const QString pdfType = QStringLiteral("application/pdf");
 const QString clearedKey = QStringLiteral("RECENT_DOCUMENTS_CLEARED");
 /// A list of this size holds some 50,000 entries; what is larger is no such list.
-constexpr qint64 maximumListBytes = 32 * 1024 * 1024;
+constexpr qint64 maximumListBytes = 32LL * 1024 * 1024;
 /// The list tells what a person reads.
 constexpr unsigned listMode = 0600;
 

@@ -11,7 +11,7 @@ namespace inkory
 namespace
 {
 
-constexpr qint64 maxScaledBytes = 32 * 1024 * 1024;
+constexpr qint64 maxScaledBytes = 32LL * 1024 * 1024;
 // Beyond this a copy would take more memory than it saves time.
 constexpr double maxScaledPixels = 4'000'000;
 

@@ -100,14 +100,6 @@ TEST_F(SelectionDialog, DeleteRemovesAndTheNextOneIsSelected)
     EXPECT_TRUE(filesInLibrary().isEmpty());
 }
 
-TEST_F(SelectionDialog, AnEmptyLibraryBeginsAtTheButtonThatAdds)
-{
-    run([] {
-        EXPECT_TRUE(button("addButton")->hasFocus());
-        dialog().closeDialog();
-    });
-}
-
 TEST_F(SelectionDialog, ClosingTheWindowStopsOnlyThisSession)
 {
     QWidget outer;

@@ -31,15 +31,6 @@ protected:
     QTemporaryDir m_folder;
 };
 
-TEST_F(DurableFileTest, CreatesAndReplacesAndLeavesNothingElse)
-{
-    for (const QByteArray &bytes : {QByteArray(3'000'000, 'x'), QByteArray("short"), QByteArray()}) {
-        ASSERT_TRUE(replaceFileDurably(path(u"f"_qs), bytes));
-        EXPECT_EQ(read(u"f"_qs), bytes);
-        EXPECT_EQ(entries(), QStringList({u"f"_qs}));
-    }
-}
-
 TEST_F(DurableFileTest, NewFilesHaveTheWantedModeLessTheUmaskOldOnesKeepTheirs)
 {
     const mode_t before = ::umask(027);

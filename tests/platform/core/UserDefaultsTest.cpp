@@ -70,20 +70,6 @@ TEST_F(UserDefaultsTest, UnreadableFilesCountAsEmptyAndAreKeptAside)
     }
 }
 
-TEST_F(UserDefaultsTest, AFailedWriteKeepsTheValuesForTheNextTry)
-{
-    const QString inTheWay = test::writeFile(m_folder.path(), u"config"_qs, "no folder");
-    UserDefaults defaults(m_path);
-    defaults.setNumber(u"n"_qs, 4);
-    EXPECT_FALSE(defaults.synchronize());
-    EXPECT_EQ(m_log.lines().size(), 1);
-    EXPECT_EQ(defaults.number(u"n"_qs), 4);
-
-    ASSERT_TRUE(QFile::remove(inTheWay));
-    EXPECT_TRUE(defaults.synchronize());
-    EXPECT_EQ(UserDefaults(m_path).number(u"n"_qs), 4);
-}
-
 TEST_F(UserDefaultsTest, WritingKeepsWhatOthersWroteAndWhatItDoesNotKnow)
 {
     write(R"({"newer": {"deep": [1, "x"]}, "removed": 1})");

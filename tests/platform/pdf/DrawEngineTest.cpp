@@ -133,16 +133,6 @@ TEST_F(DrawEngine, SaysWhyAFileCannotBeShown)
     }
 }
 
-TEST_F(DrawEngine, ShowsWhatTheWritingLibraryFindsInADamagedFile)
-{
-    QByteArray countless = crookedPage();
-    countless.replace("/Count", "/Cxunt");
-    EXPECT_EQ(open(countless).pageCount, 1);
-    const Result<QImage> image = draw(wholeCrookedPage);
-    ASSERT_TRUE(image);
-    EXPECT_EQ(test::findInkBounds(*image, Qt::red), QRect(20, 220, 30, 50));
-}
-
 // Against pdftoppm for the file's own rotation, and against a file that says the extra turn itself.
 TEST_F(DrawEngine, DrawsARegionOfTheTurnedPage)
 {

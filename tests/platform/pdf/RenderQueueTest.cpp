@@ -87,25 +87,4 @@ TEST(RenderQueue, KeepsAWorkerFreeForUrgentJobs)
     EXPECT_EQ(alsoSlow.waitUntilStarted(), 0);
 }
 
-TEST(RenderQueue, TellsRunningJobsThatTheyAreCancelledAlsoWhenItIsDestroyed)
-{
-    HeldJob cancelled, other, last;
-    std::vector<int> numbers;
-    {
-        RenderQueue queue({{0, 0}, {1, 1}});
-        const auto id = queue.add(0, cancelled.job());
-        queue.add(1, other.job());
-        ASSERT_EQ(cancelled.waitUntilStarted(), 0);
-        queue.cancel(id);
-        EXPECT_EQ(cancelled.waitUntilDone(), true);
-        other.release();
-        EXPECT_EQ(other.waitUntilDone(), false);
-        queue.add(1, last.job());
-        queue.add(1, noting(1, numbers));
-        ASSERT_EQ(last.waitUntilStarted(), 1);
-    }
-    EXPECT_EQ(last.waitUntilDone(), true);
-    EXPECT_TRUE(numbers.empty());
-}
-
 } // namespace

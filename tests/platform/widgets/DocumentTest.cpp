@@ -20,15 +20,6 @@ protected:
     TextDocument &document = *open(file);
 };
 
-TEST_F(DocumentTest, TitleNamesTheFileFirstAndMarksEdits)
-{
-    const QWidget *window = windowOf(document);
-    EXPECT_TRUE(window->windowTitle().startsWith(QStringLiteral("a.pdf[*] — ")));
-    EXPECT_FALSE(window->isWindowModified());
-    document.edit("new");
-    EXPECT_TRUE(window->isWindowModified());
-}
-
 TEST_F(DocumentTest, EachSaveTakesTheContentOfItsMomentAndWaitsForTheOneBefore)
 {
     QList<QByteArray> written;
