@@ -223,7 +223,6 @@ void PDFWindowController::showDocumentState()
             m_pdfView->fitPageWidth();
             m_pdfView->setScaleFactor(std::min(m_pdfView->scaleFactor(), maxFirstZoom));
             m_pdfView->goToPage(0);
-            m_pdfView->requestVisibleContent();
         }
     } else {
         m_statePage->showState(*m_pdfDoc, document() ? document()->displayName() : QString());

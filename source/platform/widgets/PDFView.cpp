@@ -235,6 +235,8 @@ void PDFView::layoutDocumentView()
     m_contentComplete = false;
     updateScrollBars();
     viewport()->update();
+    // Before the frame, but after whoever else reacts to the same change: the zoom may be about to follow.
+    QMetaObject::invokeMethod(this, &PDFView::requestVisibleContent, Qt::QueuedConnection);
     noteCurrentPage();
     Q_EMIT pageAppearanceChanged(nullptr);
 }

@@ -79,8 +79,6 @@ public:
 
     /// Whether every visible page shows its content at the present zoom.
     bool isContentComplete() const { return m_contentComplete; }
-    /// Asks for what the next frame will show, so that it is being drawn while that frame is still being prepared.
-    void requestVisibleContent();
 
 Q_SIGNALS:
     void currentPageChanged();
@@ -122,6 +120,8 @@ private:
     bool drawPageContent(QPainter &painter, const PDFPage &page, const QRectF &pageRect);
     /// The visible part of a page, in device pixels of the whole shown page.
     QRect neededPixels(const QRectF &pageRect) const;
+    /// Asks for what the next frame will show, so that it is being drawn while that frame is still being prepared.
+    void requestVisibleContent();
     void drawFailure(QPainter &painter, const QRectF &area) const;
 
     QPointer<PDFDocument> m_document;
