@@ -160,11 +160,8 @@ void saveSmallFile(const QTemporaryDir &folder, const QString &smallFile)
 
 int main(int argc, char **argv)
 {
-    if (qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM"))
-        qputenv("QT_QPA_PLATFORM", "offscreen");
     const QTemporaryDir folder;
-    for (const char *name : {"HOME", "XDG_CONFIG_HOME", "XDG_DATA_HOME", "XDG_STATE_HOME", "XDG_CACHE_HOME"})
-        qputenv(name, folder.path().toLocal8Bit());
+    prepareEnvironment(folder.path());
     const QApplication application(argc, argv);
     QApplication::setApplicationName(QStringLiteral("inkory"));
     QApplication::setQuitOnLastWindowClosed(false);

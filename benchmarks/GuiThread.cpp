@@ -99,11 +99,8 @@ void useDocument(const QString &path)
 
 int main(int argc, char **argv)
 {
-    if (qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM"))
-        qputenv("QT_QPA_PLATFORM", "offscreen");
     const QTemporaryDir folder;
-    for (const char *name : {"HOME", "XDG_CONFIG_HOME", "XDG_DATA_HOME", "XDG_STATE_HOME", "XDG_CACHE_HOME"})
-        qputenv(name, folder.path().toLocal8Bit());
+    prepareEnvironment(folder.path());
     TimingApplication application(argc, argv);
     QApplication::setApplicationName(QStringLiteral("inkory"));
     QApplication::setQuitOnLastWindowClosed(false);

@@ -23,6 +23,14 @@ const char *verdict(bool holds)
 
 } // namespace
 
+void prepareEnvironment(const QString &home)
+{
+    if (qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM"))
+        qputenv("QT_QPA_PLATFORM", "offscreen");
+    for (const char *name : {"HOME", "XDG_CONFIG_HOME", "XDG_DATA_HOME", "XDG_STATE_HOME", "XDG_CACHE_HOME"})
+        qputenv(name, home.toLocal8Bit());
+}
+
 double millisecondsOf(const std::function<void()> &work)
 {
     QElapsedTimer timer;

@@ -9,6 +9,10 @@
 namespace inkory::bench
 {
 
+/// Before the application object is made: offscreen unless another platform is asked for, and with the folder as home,
+/// so that nobody's settings are read or changed.
+void prepareEnvironment(const QString &home);
+
 /// Milliseconds that the work takes.
 double millisecondsOf(const std::function<void()> &work);
 
