@@ -7,6 +7,7 @@
 #include "V1/application/PDFDocumentModel.h"
 #include "V1/application/PDFWindowController.h"
 #include "V1/editing/KRPDFView.h"
+#include "tools/EventTimer.h"
 
 #include <QApplication>
 #include <QElapsedTimer>
@@ -25,38 +26,6 @@ namespace
 constexpr double limitMilliseconds = 100;
 constexpr qint64 patienceMilliseconds = 8'000;
 
-/// Times every event that is delivered from the event loop.
-class TimingApplication : public QApplication
-{
-public:
-    using QApplication::QApplication;
-
-    bool notify(QObject *receiver, QEvent *event) override
-    {
-        if (m_depth > 0)
-            return QApplication::notify(receiver, event);
-        ++m_depth;
-        QElapsedTimer timer;
-        timer.start();
-        const auto type = event->type();
-        const char *className = receiver->metaObject()->className();
-        const bool taken = QApplication::notify(receiver, event);
-        const double milliseconds = static_cast<double>(timer.nsecsElapsed()) / 1e6;
-        if (milliseconds > longest) {
-            longest = milliseconds;
-            longestEvent = QStringLiteral("event %1 of %2").arg(type).arg(QLatin1String(className));
-        }
-        --m_depth;
-        return taken;
-    }
-
-    double longest = 0;
-    QString longestEvent;
-
-private:
-    int m_depth = 0;
-};
-
 void pass(qint64 milliseconds, const std::function<bool()> &done)
 {
     QElapsedTimer timer;
@@ -69,11 +38,7 @@ void useDocument(const QString &path)
 {
     PDFDocumentModel model;
     const double reading = millisecondsOf([&] { (void)model.readFromURL(QUrl::fromLocalFile(path), {}); });
-    auto &application = static_cast<TimingApplication &>(*QCoreApplication::instance());
-    if (reading > application.longest) {
-        application.longest = reading;
-        application.longestEvent = QStringLiteral("reading");
-    }
+    static_cast<EventTimer &>(*QCoreApplication::instance()).note(reading, [] { return QStringLiteral("reading"); });
     model.makeWindowControllers();
     model.showWindows();
     KRPDFDocument &document = *model.pdfDoc();
@@ -101,7 +66,7 @@ int main(int argc, char **argv)
 {
     const QTemporaryDir folder;
     prepareEnvironment(folder.path());
-    TimingApplication application(argc, argv);
+    EventTimer application(argc, argv);
     QApplication::setApplicationName(QStringLiteral("inkory"));
     QApplication::setQuitOnLastWindowClosed(false);
     registerApplicationInterfaceDescriptions();
@@ -109,12 +74,12 @@ int main(int argc, char **argv)
     double worst = 0;
     const QStringList files = QApplication::arguments().mid(1);
     for (const QString &file : files) {
-        application.longest = 0;
+        application.reset();
         useDocument(file);
-        worst = std::max(worst, application.longest);
-        if (application.longest > limitMilliseconds / 2)
-            std::printf("%8.1f ms  %s  (%s)\n", application.longest, qPrintable(QFileInfo(file).fileName()),
-                        qPrintable(application.longestEvent));
+        worst = std::max(worst, application.longestMilliseconds());
+        if (application.longestMilliseconds() > limitMilliseconds / 2)
+            std::printf("%8.1f ms  %s  (%s)\n", application.longestMilliseconds(),
+                        qPrintable(QFileInfo(file).fileName()), qPrintable(application.longestWas()));
     }
     reportNumber(QStringLiteral("longest event on the GUI thread, %1 files").arg(files.size()), worst,
                  QStringLiteral("ms"), limitMilliseconds);

@@ -2,6 +2,7 @@
 
 #include "V1/application/AppDelegate.h"
 #include "V1/editing/KRPDFView.h"
+#include "platform/pdf/EngineProcess.h"
 
 #include <QApplication>
 #include <QTimer>
@@ -30,6 +31,7 @@ public:
 
 int main(int argc, char **argv)
 {
+    inkory::EngineProcess::prepareSpare();
     QApplication application(argc, argv);
     QApplication::setApplicationName(QStringLiteral("inkory"));
     QApplication::setQuitOnLastWindowClosed(false);

@@ -16,6 +16,7 @@ endif()
 
 option(INKORY_WARNINGS_AS_ERRORS "Treat warnings as errors" OFF)
 set(INKORY_SANITIZERS "" CACHE STRING "Value for -fsanitize=, empty for none")
+option(INKORY_FUZZERS "Build the programs in fuzz/ (needs clang)" OFF)
 option(INKORY_COVERAGE "Instrument for coverage" OFF)
 
 add_library(inkory_settings INTERFACE)
@@ -32,6 +33,10 @@ if(INKORY_SANITIZERS)
   target_compile_options(inkory_settings INTERFACE "-fsanitize=${INKORY_SANITIZERS}" -fno-omit-frame-pointer
                                                    -fno-sanitize-recover=all)
   target_link_options(inkory_settings INTERFACE "-fsanitize=${INKORY_SANITIZERS}")
+endif()
+if(INKORY_FUZZERS)
+  target_compile_options(inkory_settings INTERFACE -fsanitize=fuzzer-no-link
+                                                   "SHELL:-include ${CMAKE_SOURCE_DIR}/fuzz/QpdfForClang.h")
 endif()
 if(INKORY_COVERAGE)
   target_compile_options(inkory_settings INTERFACE --coverage)

@@ -2,17 +2,17 @@
 //   inkory_probe open FILE [--password P]
 //   inkory_probe stamp IN IMAGE PAGE X Y OUT [--password P]
 //   inkory_probe draw IN PAGE SCALE OUT.png [--password P]
+//   inkory_probe session --image IMAGE --out FOLDER FILE...    see ProbeSession.h
 // Pages count from 1; X and Y are in the page's own space; SCALE is in pixels per point.
 
 #include "V1/application/PDFDocumentModel.h"
 #include "V1/editing/KRPDFView.h"
 #include "V1/stamps/KRPDFPage.h"
-#include "V1/stamps/KRStamp.h"
-#include "platform/core/Image.h"
+#include "platform/pdf/ImageFile.h"
+#include "tools/EventTimer.h"
+#include "tools/ProbeDocument.h"
+#include "tools/ProbeSession.h"
 
-#include <QApplication>
-#include <QElapsedTimer>
-#include <QEventLoop>
 #include <QFileInfo>
 #include <QJsonArray>
 #include <QJsonDocument>
@@ -22,8 +22,6 @@
 #include <algorithm>
 #include <cmath>
 #include <csignal>
-#include <functional>
-#include <optional>
 
 using namespace inkory;
 
@@ -33,38 +31,19 @@ namespace
 enum ExitStatus { Success = 0, Failure = 1, Usage = 2, PasswordNeeded = 3, CannotOpen = 4 };
 
 constexpr int listedSizes = 5;
-constexpr qint64 patienceMilliseconds = 120'000;
 
-bool waitUntil(const std::function<bool()> &condition)
+QString usage()
 {
-    QElapsedTimer timer;
-    timer.start();
-    while (!condition() && timer.elapsed() < patienceMilliseconds)
-        QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents | QEventLoop::AllEvents, 50);
-    return condition();
+    return QStringLiteral("inkory_probe open FILE [--password P]\n"
+                          "inkory_probe stamp IN IMAGE PAGE X Y OUT [--password P]\n"
+                          "inkory_probe draw IN PAGE SCALE OUT.png [--password P]\n"
+                          "inkory_probe session --image IMAGE --out FOLDER FILE...");
 }
 
 int fail(const QString &reason)
 {
     QTextStream(stderr) << reason << '\n';
     return Failure;
-}
-
-// Opens the file as a document and waits until it is settled what can be done with it.
-void openAndSettle(PDFDocumentModel &model, const QString &path, const QString &password)
-{
-    (void)model.readFromURL(QUrl::fromLocalFile(QFileInfo(path).absoluteFilePath()),
-                            {}); // the state says what is wrong
-    KRPDFDocument &document = *model.pdfDoc();
-    const auto isDecided = [&] {
-        return document.state() == PDFDocument::State::Failed || document.state() == PDFDocument::State::Locked ||
-               (document.state() == PDFDocument::State::Open && document.isGeometrySettled());
-    };
-    waitUntil(isDecided);
-    if (document.state() == PDFDocument::State::Locked && !password.isEmpty()) {
-        document.unlock(password);
-        waitUntil(isDecided);
-    }
 }
 
 int open(const QString &path, const QString &password)
@@ -97,36 +76,22 @@ int stamp(const QStringList &arguments, const QString &password)
 {
     PDFDocumentModel model;
     openAndSettle(model, arguments[0], password);
-    KRPDFDocument &document = *model.pdfDoc();
-    if (!document.canSave())
-        return fail(document.readOnlyReason() + document.message());
-    const auto image = Image::fromFile(arguments[1]);
+    const auto image = readImageFile(arguments[1]);
     if (!image)
         return fail(image.error().message);
-    const int pageIndex = arguments[2].toInt() - 1;
-    const PDFPage *page = document.pageAtIndex(pageIndex);
-    if (!page)
-        return fail(QStringLiteral("no page %1").arg(arguments[2]));
+    const Result<void> saved = stampAndSave(model, *image, arguments[2].toInt() - 1,
+                                            {arguments[3].toDouble(), arguments[4].toDouble()}, arguments[5]);
+    return saved ? Success : fail(saved.error().message);
+}
 
-    KRPDFView view;
-    view.awakeFromNib();
-    view.setUndoManager(&model.undoManager());
-    view.resize(800, 600);
-    view.setDocument(&document);
-    view.setStampImage(*image);
-    view.goToPage(pageIndex);
-    view.addImageStampView(view.convertPointFromPage({arguments[3].toDouble(), arguments[4].toDouble()}, page));
-    if (view.stampViews().size() != 1 || view.stampViews()[0]->pdfPage() != page)
-        return fail(QStringLiteral("the stamp did not come to stand on the page"));
-
-    std::optional<Result<void>> outcome;
-    model.saveToURL(QUrl::fromLocalFile(QFileInfo(arguments[5]).absoluteFilePath()),
-                    [&](const Result<void> &saved) { outcome = saved; });
-    waitUntil([&] { return outcome.has_value(); });
-    view.setDocument(nullptr);
-    if (!outcome)
-        return fail(QStringLiteral("the save did not end"));
-    return *outcome ? Success : fail(outcome->error().message);
+// session --image IMAGE --out FOLDER FILE...
+int session(EventTimer &application, const QStringList &arguments)
+{
+    const bool isComplete =
+        arguments.size() > 4 && arguments[0] == QLatin1String("--image") && arguments[2] == QLatin1String("--out");
+    if (!isComplete)
+        return fail(usage());
+    return runSession(application, arguments.mid(4), arguments[1], arguments[3]) > 0 ? Success : Failure;
 }
 
 int draw(const QStringList &arguments, const QString &password)
@@ -167,7 +132,7 @@ int main(int argc, char **argv)
     signal(SIGXFSZ, SIG_IGN); // a limit on file sizes is an error of one write, as in the program itself
     if (qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM"))
         qputenv("QT_QPA_PLATFORM", "offscreen");
-    const QApplication application(argc, argv);
+    EventTimer application(argc, argv);
     QApplication::setApplicationName(QStringLiteral("inkory"));
     QApplication::setQuitOnLastWindowClosed(false);
 
@@ -187,8 +152,8 @@ int main(int argc, char **argv)
         return stamp(arguments, password);
     if (command == QLatin1String("draw") && arguments.size() == 4)
         return draw(arguments, password);
-    QTextStream(stderr) << "inkory_probe open FILE [--password P]\n"
-                           "inkory_probe stamp IN IMAGE PAGE X Y OUT [--password P]\n"
-                           "inkory_probe draw IN PAGE SCALE OUT.png [--password P]\n";
+    if (command == QLatin1String("session"))
+        return session(application, arguments);
+    (void)fail(usage());
     return Usage;
 }

@@ -5,7 +5,9 @@
 #include <QHBoxLayout>
 #include <QLabel>
 #include <QLineEdit>
+#include <QPainter>
 #include <QSpinBox>
+#include <QStyle>
 
 namespace inkory
 {
@@ -15,10 +17,27 @@ namespace
 
 constexpr int messageMilliseconds = 5000;
 
+/// One line of plain text that says with an ellipsis that it goes on.
+class MessageLabel : public QLabel
+{
+public:
+    using QLabel::QLabel;
+
+protected:
+    void paintEvent(QPaintEvent *) override
+    {
+        QPainter painter(this);
+        const QRect place = contentsRect();
+        const QString shown = fontMetrics().elidedText(text(), Qt::ElideRight, place.width());
+        style()->drawItemText(&painter, place, QStyle::visualAlignment(layoutDirection(), alignment()), palette(),
+                              isEnabled(), shown, foregroundRole());
+    }
+};
+
 } // namespace
 
 DocumentStatusBar::DocumentStatusBar(QWidget *parent)
-    : QStatusBar(parent), m_message(new QLabel(this)), m_pageRow(new QWidget(this)),
+    : QStatusBar(parent), m_message(new MessageLabel(this)), m_pageRow(new QWidget(this)),
       m_pageField(new QSpinBox(m_pageRow)), m_pageCount(new QLabel(m_pageRow))
 {
     m_message->setObjectName(QStringLiteral("inlineMessage"));

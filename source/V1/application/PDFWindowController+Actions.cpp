@@ -4,8 +4,10 @@
 
 #include "V1/application/DocumentStatePage.h"
 #include "V1/application/DocumentStatusBar.h"
+#include "V1/application/NoticeStrip.h"
 #include "V1/editing/KRPDFView.h"
 #include "V1/stamps/KRPDFDocument.h"
+#include "platform/core/DisplayText.h"
 #include "platform/widgets/Alert.h"
 #include "platform/widgets/Document.h"
 #include "platform/widgets/DocumentController.h"
@@ -65,9 +67,8 @@ void PDFWindowController::fillRecentMenu()
     menu->setToolTipsVisible(true);
     const QList<QUrl> urls = controller ? controller->recentDocumentURLs() : QList<QUrl>();
     for (const QUrl &url : urls) {
-        QString name = QFileInfo(url.toLocalFile()).fileName();
-        QAction *item = menu->addAction(name.replace(QLatin1Char('&'), QLatin1String("&&")));
-        item->setToolTip(plainToolTip(url.toLocalFile()));
+        QAction *item = menu->addAction(displayableInMenu(QFileInfo(url.toLocalFile()).fileName()));
+        item->setToolTip(plainToolTip(displayable(url.toLocalFile())));
         connect(item, &QAction::triggered, this,
                 [controller, url] { controller->openDocumentsReportingFailures({url}); });
     }
@@ -151,6 +152,11 @@ void PDFWindowController::connectControls()
         if (m_pdfDoc)
             m_pdfDoc->unlock(password);
     });
+    connect(m_statePage, &DocumentStatePage::openingCancelled, this, [this] {
+        if (document())
+            document()->closeUnasked(); // it has nothing yet that could be lost
+    });
+    connect(m_noticeStrip, &NoticeStrip::dismissed, m_pdfView, qOverload<>(&QWidget::setFocus));
 }
 
 void PDFWindowController::connectStatusBar()

@@ -2,6 +2,7 @@
 
 #include "V1/application/DocumentStatePage.h"
 #include "V1/application/DocumentStatusBar.h"
+#include "V1/application/NoticeStrip.h"
 #include "V1/editing/KRPDFView.h"
 #include "V1/library/ImageStampSelectionController.h"
 #include "V1/stamps/KRPDFDocument.h"
@@ -20,6 +21,7 @@
 #include <QToolButton>
 
 #include <algorithm>
+#include <utility>
 
 using namespace inkory;
 
@@ -68,6 +70,7 @@ void PDFWindowController::awakeFromNib()
     m_toolSelectionControl = outlet<SegmentedControl>(root, QStringLiteral("toolSelectionControl"));
     m_imageStampToolbarImageView = outlet<QToolButton>(root, QStringLiteral("imageStampToolbarImageView"));
     m_pageArea = outlet<QStackedWidget>(root, QStringLiteral("pageArea"));
+    m_noticeStrip = outlet<NoticeStrip>(root, QStringLiteral("noticeStrip"));
     m_statePage = outlet<DocumentStatePage>(root, QStringLiteral("documentStatePage"));
     m_statusBar = outlet<DocumentStatusBar>(root, QStringLiteral("statusBar"));
     m_zoomFactorField = outlet<QComboBox>(root, QStringLiteral("zoomFactorField"));
@@ -216,6 +219,7 @@ void PDFWindowController::showDocumentState()
     if (!m_pdfDoc)
         return;
     const bool isOpen = m_pdfDoc->state() == PDFDocument::State::Open;
+    m_statePage->showState(*m_pdfDoc, document() ? document()->displayName() : QString());
     if (isOpen) {
         m_pageArea->setCurrentWidget(m_pdfView);
         m_pdfView->setFocus();
@@ -225,7 +229,6 @@ void PDFWindowController::showDocumentState()
             m_pdfView->goToPage(0);
         }
     } else {
-        m_statePage->showState(*m_pdfDoc, document() ? document()->displayName() : QString());
         m_pageArea->setCurrentWidget(m_statePage);
     }
     showGeometryState();
@@ -239,6 +242,9 @@ void PDFWindowController::showGeometryState()
     const bool isOpen = m_pdfDoc && m_pdfDoc->state() == PDFDocument::State::Open;
     const QString readOnlyReason = isOpen ? m_pdfDoc->readOnlyReason() : QString();
     m_statusBar->showInlineMessage(m_isSaving ? tr("Saving…") : readOnlyReason, DocumentStatusBar::Stay::UntilReplaced);
+    if (isOpen && m_pdfDoc->isGeometrySettled() && m_pdfDoc->wasRepaired() && !std::exchange(m_hasToldOfRepair, true))
+        m_noticeStrip->showNotice(tr("This document was damaged and has been repaired while it was opened. Check its "
+                                     "pages before you sign it."));
 }
 
 void PDFWindowController::showSignatureImage()

@@ -20,6 +20,7 @@ namespace inkory
 {
 class DocumentStatePage;
 class DocumentStatusBar;
+class NoticeStrip;
 class PDFThumbnailView;
 class SegmentedControl;
 } // namespace inkory
@@ -90,6 +91,7 @@ private:
     ToolType m_currentToolType = ToolTypeSelect;
     bool m_hasChosenFirstZoom = false;
     bool m_isSaving = false;
+    bool m_hasToldOfRepair = false;
 
     // Outlets; they belong to the window.
     KRPDFView *m_pdfView = nullptr;
@@ -97,6 +99,7 @@ private:
     inkory::SegmentedControl *m_toolSelectionControl = nullptr;
     QToolButton *m_imageStampToolbarImageView = nullptr;
     QStackedWidget *m_pageArea = nullptr;
+    inkory::NoticeStrip *m_noticeStrip = nullptr;
     inkory::DocumentStatePage *m_statePage = nullptr;
     inkory::DocumentStatusBar *m_statusBar = nullptr;
     QComboBox *m_zoomFactorField = nullptr;

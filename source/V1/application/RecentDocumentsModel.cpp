@@ -1,11 +1,13 @@
 #include "V1/application/RecentDocumentsModel.h"
 
+#include "platform/core/DisplayText.h"
+#include "platform/widgets/PlainToolTip.h"
+
 #include <QApplication>
 #include <QDir>
 #include <QFileInfo>
 #include <QPainter>
 #include <QPainterPath>
-#include <QTextDocument>
 
 #include <utility>
 
@@ -85,14 +87,13 @@ QVariant RecentDocumentsModel::data(const QModelIndex &index, int role) const
     const QString path = url.toLocalFile();
     switch (role) {
     case Qt::DisplayRole:
-        return url.fileName();
+        return displayable(url.fileName());
     case Qt::ToolTipRole:
-        // Tool tips render what looks like HTML.
-        return Qt::mightBeRichText(path) ? path.toHtmlEscaped() : path;
+        return plainToolTip(displayable(path));
     case FolderRole:
-        return shortened(QFileInfo(path).path());
+        return displayable(shortened(QFileInfo(path).path()));
     case Qt::AccessibleTextRole:
-        return tr("%1, in %2").arg(url.fileName(), shortened(QFileInfo(path).path()));
+        return tr("%1, in %2").arg(displayable(url.fileName()), displayable(shortened(QFileInfo(path).path())));
     default:
         return {};
     }

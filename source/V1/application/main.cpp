@@ -1,8 +1,9 @@
 #include "V1/application/AppDelegate.h"
-#include "platform/pdf/PageSource.h"
+#include "V1/application/FileArguments.h"
+#include "platform/pdf/EngineProcess.h"
+#include "platform/pdf/ImageHelper.h"
 
 #include <QApplication>
-#include <QFileInfo>
 #include <QIcon>
 #include <QThreadPool>
 #include <QTimer>
@@ -15,19 +16,12 @@ namespace
 
 constexpr int workerPatienceMilliseconds = 500;
 
-/// An argument is a path or a URL; there are no options.
-QUrl urlFromArgument(const QString &argument)
-{
-    const QUrl url(argument);
-    const bool isAddress = argument.contains(QStringLiteral("://")) && url.isValid() && !QFileInfo::exists(argument);
-    return isAddress ? url : QUrl::fromLocalFile(QFileInfo(argument).absoluteFilePath());
-}
-
 } // namespace
 
 int main(int argc, char **argv)
 {
-    std::signal(SIGXFSZ, SIG_IGN); // a write beyond the limit for file sizes shall fail, not end the program
+    std::signal(SIGXFSZ, SIG_IGN);         // a write beyond the limit for file sizes shall fail, not end the program
+    inkory::EngineProcess::prepareSpare(); // first, so that it gets ready while the windows do
     QApplication application(argc, argv);
     Q_INIT_RESOURCE(inkory);
     QApplication::setApplicationName(QStringLiteral("inkory"));
@@ -41,7 +35,7 @@ int main(int argc, char **argv)
     QList<QUrl> files;
     const QStringList arguments = QApplication::arguments().mid(1);
     for (const QString &argument : arguments)
-        files.append(urlFromArgument(argument));
+        files.append(inkory::urlFromArgument(argument));
 
     int status = 0;
     {
@@ -50,10 +44,11 @@ int main(int argc, char **argv)
         QTimer::singleShot(0, &delegate, [&delegate, files] { delegate.launch(files); });
         status = QApplication::exec();
     }
-    // All documents are closed now. What workers still do for them (a hostile file may keep one busy for minutes) is of
-    // no use.
+    // All documents are closed now. What workers still do for them is of no use.
     const bool allDone = QThreadPool::globalInstance()->waitForDone(workerPatienceMilliseconds);
-    if (!allDone || inkory::pageSourcesAreBusy())
+    inkory::EngineProcess::dropSpare();
+    inkory::dropImageHelpers();
+    if (!allDone)
         std::_Exit(status);
     return status;
 }

@@ -3,6 +3,7 @@
 #include "V1/library/NSFileManager+DirectoryLocations.h"
 #include "V1/library/SignatureFiles.h"
 #include "V1/library/SignatureListStore.h"
+#include "platform/core/DisplayText.h"
 #include "platform/core/DurableFile.h"
 #include "platform/core/Log.h"
 #include "platform/widgets/Alert.h"
@@ -14,6 +15,7 @@
 
 #include <optional>
 
+using inkory::displayable;
 using inkory::Image;
 using inkory::ImagePtr;
 using inkory::logLine;
@@ -219,7 +221,8 @@ int ImageStampCollection::addFiles(const QList<QUrl> &urls)
             continue;
         }
         const QUrl url = urls.at(static_cast<qsizetype>(i)).adjusted(QUrl::StripTrailingSlash);
-        m_problems.append(tr("“%1” could not be added: %2").arg(url.fileName(), copies[i].error().message));
+        m_problems.append(
+            tr("“%1” could not be added: %2").arg(displayable(url.fileName()), copies[i].error().message));
     }
     persist();
     return static_cast<int>(m_imageStampListIndex.indexOf(lastKey));
@@ -234,7 +237,7 @@ ImagePtr ImageStampCollection::saveImage(const ImagePtr &image)
     const auto bytes = image->pngBytes();
     const auto written = bytes ? inkory::replaceFileDurably(path, *bytes, onlyForTheOwner) : bytes.error();
     if (!written) {
-        logLine(QStringLiteral("Unable to save image to '%1'").arg(path));
+        logLine(QStringLiteral("Unable to save image to '%1'").arg(displayable(path)));
         reportNotAdded(written.error().message);
         return nullptr;
     }
@@ -255,7 +258,8 @@ void ImageStampCollection::removeEntry(qsizetype index)
         QFile file(path);
         if (!file.remove()) {
             logLine(QStringLiteral("error removing image file:\n %1").arg(file.errorString()));
-            m_problems.append(tr("The image file “%1” could not be deleted: %2").arg(path, file.errorString()));
+            m_problems.append(
+                tr("The image file “%1” could not be deleted: %2").arg(displayable(path), file.errorString()));
         }
     }
     m_imageStampList.remove(key);
@@ -279,13 +283,13 @@ bool ImageStampCollection::ensureSignaturesDirectory()
         logLine(
             QStringLiteral("Unable to save image to user Application Support Directory. Location '%1' exists but isn't "
                            "a directory!")
-                .arg(path));
-        reportNotAdded(tr("“%1” is in the way: it is a file, not a folder.").arg(path));
+                .arg(displayable(path)));
+        reportNotAdded(tr("“%1” is in the way: it is a file, not a folder.").arg(displayable(path)));
         return false;
     }
     if (const auto made = inkory::createPrivateDirectory(path); !made) {
         logLine(QStringLiteral("Unable to create signatures directory in Application Support '%1'! error:\n%2")
-                    .arg(path, made.error().message));
+                    .arg(displayable(path), made.error().message));
         reportNotAdded(made.error().message);
         return false;
     }

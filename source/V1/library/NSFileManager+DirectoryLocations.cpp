@@ -1,5 +1,6 @@
 #include "V1/library/NSFileManager+DirectoryLocations.h"
 
+#include "platform/core/DisplayText.h"
 #include "platform/core/Log.h"
 
 #include <QCoreApplication>
@@ -41,8 +42,8 @@ Result<void> createPrivateDirectory(const QString &path)
     const QString reason = qt_error_string(errno);
     if (QFileInfo(path).isDir()) // another process was faster
         return {};
-    return Error{
-        QCoreApplication::translate("DirectoryLocations", "The folder “%1” cannot be created (%2).").arg(path, reason)};
+    return Error{QCoreApplication::translate("DirectoryLocations", "The folder “%1” cannot be created (%2).")
+                     .arg(displayable(path), reason)};
 }
 
 Result<QString> findOrCreateDirectory(SearchPathDirectory directory, SearchPathDomain domainMask,

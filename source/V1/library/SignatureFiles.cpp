@@ -3,6 +3,7 @@
 #include "V1/library/ImageStampCollection.h"
 #include "platform/core/DurableFile.h"
 #include "platform/core/Log.h"
+#include "platform/pdf/ImageFile.h"
 
 #include <QEventLoop>
 #include <QFile>
@@ -70,7 +71,7 @@ Result<ImagePtr> readSignature(const QUrl &url)
 {
     if (!ImageStampCollection::validateImageUrl(url))
         return refusal(url);
-    auto image = Image::fromFile(url.toLocalFile());
+    auto image = readImageFile(url.toLocalFile());
     if (!image)
         logLine(QStringLiteral("Unable to read image %1. error:\n%2").arg(signatureKey(url), image.error().message));
     return image;

@@ -34,14 +34,6 @@ QByteArray readSmallFile(const QString &path)
     return file.readAll();
 }
 
-QByteArray copyBytes(const SignatureListStore::Contents &contents, bool copyIsNewer)
-{
-    const QJsonObject object{{urlListKey, QJsonArray::fromStringList(contents.urls)},
-                             {migrationDoneKey, contents.migrationDone},
-                             {copyIsNewerKey, copyIsNewer}};
-    return QJsonDocument(object).toJson();
-}
-
 /// `current` with what has been added and removed between `before` and `after`.
 QStringList withChange(const QStringList &current, const QStringList &before, const QStringList &after)
 {
@@ -62,40 +54,47 @@ QStringList withChange(const QStringList &current, const QStringList &before, co
 
 } // namespace
 
-struct SignatureListStore::Copy
+std::optional<SignatureListStore::Copy> SignatureListStore::copyFromBytes(const QByteArray &bytes)
 {
-    bool readable = false;
-    bool newerThanSettings = false;
-    Contents contents;
-};
-
-SignatureListStore::Copy SignatureListStore::readCopy() const
-{
-    Copy copy;
-    if (m_copyPath.isEmpty() || !QFileInfo::exists(m_copyPath))
-        return copy;
-    const QJsonObject object = QJsonDocument::fromJson(readSmallFile(m_copyPath)).object();
-    copy.readable = object.value(urlListKey).isArray() && object.value(migrationDoneKey).isBool();
-    if (!copy.readable) {
-        logLine(QStringLiteral("Unable to read the list of signatures in '%1'").arg(m_copyPath));
-        return copy;
-    }
-    copy.newerThanSettings = object.value(copyIsNewerKey).toBool();
-    copy.contents.migrationDone = object.value(migrationDoneKey).toBool();
+    const QJsonObject object = QJsonDocument::fromJson(bytes).object();
+    if (!object.value(urlListKey).isArray() || !object.value(migrationDoneKey).isBool())
+        return std::nullopt;
+    Copy copy{.contents = {.urls = {}, .migrationDone = object.value(migrationDoneKey).toBool()},
+              .isNewerThanSettings = object.value(copyIsNewerKey).toBool()};
     const QJsonArray urls = object.value(urlListKey).toArray();
-    for (const auto &url : urls)
-        copy.contents.urls.append(url.toString());
+    for (const auto &url : urls) {
+        if (const QString key = url.toString(); !key.isEmpty())
+            copy.contents.urls.append(key);
+    }
+    return copy;
+}
+
+QByteArray SignatureListStore::bytesOfCopy(const Copy &copy)
+{
+    const QJsonObject object{{urlListKey, QJsonArray::fromStringList(copy.contents.urls)},
+                             {migrationDoneKey, copy.contents.migrationDone},
+                             {copyIsNewerKey, copy.isNewerThanSettings}};
+    return QJsonDocument(object).toJson();
+}
+
+std::optional<SignatureListStore::Copy> SignatureListStore::readCopy() const
+{
+    if (m_copyPath.isEmpty() || !QFileInfo::exists(m_copyPath))
+        return std::nullopt;
+    const std::optional<Copy> copy = copyFromBytes(readSmallFile(m_copyPath));
+    if (!copy)
+        logLine(QStringLiteral("Unable to read the list of signatures in '%1'").arg(m_copyPath));
     return copy;
 }
 
 std::optional<SignatureListStore::Contents> SignatureListStore::read() const
 {
-    const Copy copy = readCopy();
+    const std::optional<Copy> copy = readCopy();
     UserDefaults &defaults = UserDefaults::standard();
     defaults.refresh();
     const auto urls = defaults.storedStringList(urlListKey);
-    if (copy.readable && (copy.newerThanSettings || !urls))
-        return copy.contents;
+    if (copy && (copy->isNewerThanSettings || !urls))
+        return copy->contents;
     return urls ? std::optional(Contents{*urls, defaults.boolean(migrationDoneKey)}) : std::nullopt;
 }
 
@@ -118,7 +117,7 @@ Result<void> SignatureListStore::write(const Contents &contents) const
     if (m_copyPath.isEmpty())
         return settingsWritten;
 
-    const QByteArray bytes = copyBytes(contents, !settingsWritten);
+    const QByteArray bytes = bytesOfCopy({.contents = contents, .isNewerThanSettings = !settingsWritten});
     if (readSmallFile(m_copyPath) == bytes) // a start that changes nothing writes nothing
         return {};
     const auto copyWritten = replaceFileDurably(m_copyPath, bytes, onlyForTheOwner);

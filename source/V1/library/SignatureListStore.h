@@ -2,6 +2,7 @@
 
 #include "platform/core/Result.h"
 
+#include <QByteArray>
 #include <QString>
 #include <QStringList>
 
@@ -25,6 +26,20 @@ public:
         bool operator==(const Contents &) const = default;
     };
 
+    /// What the file of the second copy says.
+    struct Copy
+    {
+        Contents contents;
+        /// Whether the last change reached the copy only.
+        bool isNewerThanSettings = false;
+
+        bool operator==(const Copy &) const = default;
+    };
+
+    /// Nothing for bytes that are no such file.
+    static std::optional<Copy> copyFromBytes(const QByteArray &bytes);
+    static QByteArray bytesOfCopy(const Copy &copy);
+
     /// `copyPath` is the file of the second copy; empty: there is none.
     explicit SignatureListStore(QString copyPath) : m_copyPath(std::move(copyPath)) {}
 
@@ -38,9 +53,7 @@ public:
     Result<void> writeChange(const QStringList &before, QStringList &urls) const;
 
 private:
-    struct Copy;
-
-    Copy readCopy() const;
+    std::optional<Copy> readCopy() const;
     Result<void> write(const Contents &contents) const;
 
     QString m_copyPath;

@@ -1,5 +1,7 @@
 #include "platform/core/DurableFile.h"
 
+#include "platform/core/DisplayText.h"
+
 #include <QCoreApplication>
 #include <QFile>
 #include <QFileInfo>
@@ -42,19 +44,19 @@ Error errorForPerson(int number, const QString &path)
         return {Text::tr("The folder is read-only.")};
     case EACCES:
     case EPERM:
-        return {Text::tr("You are not allowed to write to “%1”.").arg(path)};
+        return {Text::tr("You are not allowed to write to “%1”.").arg(displayable(path))};
     case ENOENT:
-        return {Text::tr("The folder “%1” does not exist.").arg(info.path())};
+        return {Text::tr("The folder “%1” does not exist.").arg(displayable(info.path()))};
     case ENOTDIR:
-        return {Text::tr("“%1” is not a folder.").arg(info.path())};
+        return {Text::tr("“%1” is not a folder.").arg(displayable(info.path()))};
     case EISDIR:
-        return {Text::tr("“%1” is a folder.").arg(path)};
+        return {Text::tr("“%1” is a folder.").arg(displayable(path))};
     case ENXIO:
-        return {Text::tr("“%1” is not a regular file.").arg(path)};
+        return {Text::tr("“%1” is not a regular file.").arg(displayable(path))};
     case ENAMETOOLONG:
-        return {Text::tr("The file name “%1” is too long.").arg(info.fileName())};
+        return {Text::tr("The file name “%1” is too long.").arg(displayable(info.fileName()))};
     case ELOOP:
-        return {Text::tr("The link “%1” leads nowhere.").arg(path)};
+        return {Text::tr("The link “%1” leads nowhere.").arg(displayable(path))};
     case EIO:
         return {Text::tr("The disk reported an error.")};
     default:
@@ -187,7 +189,7 @@ bool syncFolderToDisk(const QString &folder)
 Result<void> replaceFileDurably(const QString &path, const QByteArray &bytes, unsigned modeIfNew)
 {
     if (!canBeWrittenAsItIs(path))
-        return Error{Text::tr("The file name “%1” cannot be written as it is.").arg(path)};
+        return Error{Text::tr("The file name “%1” cannot be written as it is.").arg(displayable(path))};
     const std::optional<QString> target = resolvedLinks(path);
     if (!target)
         return errorForPerson(ELOOP, path);

@@ -15,21 +15,17 @@ namespace inkory
 {
 
 /// A picture with pixels and a size in points. QImage cannot say whether a file stated its density: it reports 96 dpi
-/// for files that state none, so the density is read from the file here. Immutable and shared, also between threads;
-/// two images are the same only if they are the same object.
+/// for files that state none. Immutable and shared, also between threads; two images are the same only if they are the
+/// same object.
 class Image
 {
 public:
     /// The size in points is pixels divided by the image's device pixel ratio. A null image has size 0 × 0.
     static std::shared_ptr<const Image> fromPixels(const QImage &pixels);
 
-    /// Reads a file; its format is decided by its content. EXIF orientation is applied. The size in points is pixels ×
-    /// 72 / the density that the file states, where that is sane (10 to 5000 dpi); otherwise one pixel is one point.
-    /// Fails, with a sentence for the person, on what is no image, is cut off, or has more than 200 megapixels or
-    /// 32,767 pixels a side; images of more than 12.5 megapixels are scaled down while they are read (keeping their
-    /// size in points). Where the whole image must be held to read it (progressive JPEG, for example), 64 megapixels
-    /// are the limit.
-    static Result<std::shared_ptr<const Image>> fromFile(const QString &path);
+    /// From what a file was decoded to: its pixels, its size in points, and what jpegBytes() is to answer. Pixels in
+    /// the form that pixels() promises are kept as they are, wherever they lie in memory.
+    static std::shared_ptr<const Image> fromParts(const QImage &pixels, QSizeF size, const QByteArray &jpegBytes);
 
     /// In the simplest of three formats that holds them without loss, 16-bit channels apart, which become 8-bit ones:
     /// Grayscale8, RGB32, or ARGB32 (not premultiplied) if there is an alpha channel. sRGB, without metadata.

@@ -2,15 +2,13 @@
 
 #include "platform/core/DurableFile.h"
 #include "platform/core/Log.h"
+#include "platform/core/SettingsFormat.h"
 
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
-#include <QJsonDocument>
-#include <QJsonObject>
 #include <QStandardPaths>
 
-#include <algorithm>
 #include <cmath>
 #include <cstdio>
 
@@ -22,36 +20,6 @@ namespace
 
 constexpr unsigned ownerOnly = 0600;
 constexpr qint64 mostBytes = 4LL * 1024 * 1024;
-
-/// Each kind in one form, however a JSON reader or a caller spells it: numbers as double, URLs as encoded strings,
-/// lists of strings as QStringList. Everything else is passed through.
-QVariant normalized(const QVariant &value)
-{
-    switch (value.typeId()) {
-    case QMetaType::Int:
-    case QMetaType::UInt:
-    case QMetaType::LongLong:
-    case QMetaType::ULongLong:
-    case QMetaType::Float:
-        return value.toDouble();
-    case QMetaType::QUrl:
-        return value.toUrl().toString(QUrl::FullyEncoded);
-    case QMetaType::QVariantList: {
-        const QVariantList list = value.toList();
-        const auto isString = [](const QVariant &each) { return each.typeId() == QMetaType::QString; };
-        return std::all_of(list.begin(), list.end(), isString) ? QVariant(value.toStringList()) : value;
-    }
-    default:
-        return value;
-    }
-}
-
-QVariantMap normalized(QVariantMap values)
-{
-    for (QVariant &each : values)
-        each = normalized(each);
-    return values;
-}
 
 /// The value in its C++ type, or that type's default where it is of another kind.
 template <class T> T valueOfKind(const QVariant &value)
@@ -69,10 +37,10 @@ FileState readSettings(const QString &filePath, QVariantMap &values)
     QFile file(filePath);
     if (!info.isFile() || info.size() > mostBytes || !file.open(QIODevice::ReadOnly))
         return FileState::Damaged;
-    const QJsonDocument document = QJsonDocument::fromJson(file.readAll());
-    if (file.error() != QFileDevice::NoError || !document.isObject())
+    const std::optional<QVariantMap> stored = settingsFromBytes(file.readAll());
+    if (file.error() != QFileDevice::NoError || !stored)
         return FileState::Damaged;
-    values = normalized(document.object().toVariantMap());
+    values = *stored;
     return FileState::Readable;
 }
 
@@ -119,7 +87,7 @@ UserDefaults::UserDefaults(QString filePath) : m_filePath(std::move(filePath))
 
 void UserDefaults::registerDefaults(const QVariantMap &defaults)
 {
-    m_registered.insert(normalized(defaults));
+    m_registered.insert(normalizedSettings(defaults));
 }
 
 bool UserDefaults::hasStoredValue(const QString &name) const
@@ -184,7 +152,7 @@ void UserDefaults::setStringList(const QString &name, const QStringList &value)
 
 void UserDefaults::setUrl(const QString &name, const QUrl &value)
 {
-    setValue(name, normalized(QVariant(value)));
+    setValue(name, normalizedSetting(value));
 }
 
 void UserDefaults::remove(const QString &name)
@@ -218,8 +186,7 @@ Result<void> UserDefaults::synchronize()
 
     const QVariantMap merged = storedInFileWithChanges().value_or(m_stored);
     QDir().mkpath(QFileInfo(m_filePath).path());
-    const Result<void> written =
-        replaceFileDurably(m_filePath, QJsonDocument(QJsonObject::fromVariantMap(merged)).toJson(), ownerOnly);
+    const Result<void> written = replaceFileDurably(m_filePath, settingsToBytes(merged), ownerOnly);
     if (!written) {
         logLine(u"The settings could not be written to %1: %2"_qs.arg(m_filePath, written.error().message));
         return written;

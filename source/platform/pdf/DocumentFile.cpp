@@ -1,5 +1,7 @@
 #include "platform/pdf/DocumentFile.h"
 
+#include "platform/core/DisplayText.h"
+
 #include <QCoreApplication>
 #include <QDir>
 #include <QFile>
@@ -15,7 +17,6 @@
 #include <fcntl.h>
 #include <linux/fs.h>
 #include <sys/ioctl.h>
-#include <sys/mman.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -27,24 +28,6 @@ namespace
 
 constexpr qint64 maxFileSize = std::numeric_limits<qint32>::max();
 
-class Descriptor
-{
-public:
-    explicit Descriptor(int number) : m_number(number) {}
-    ~Descriptor()
-    {
-        if (m_number >= 0)
-            ::close(m_number);
-    }
-    Descriptor(const Descriptor &) = delete;
-    Descriptor &operator=(const Descriptor &) = delete;
-
-    int number() const { return m_number; }
-
-private:
-    int m_number;
-};
-
 QString text(const char *sentence)
 {
     return QCoreApplication::translate("DocumentFile", sentence);
@@ -53,6 +36,11 @@ QString text(const char *sentence)
 QString systemMessage(int code)
 {
     return QString::fromLocal8Bit(std::strerror(code));
+}
+
+Error tooLarge(const QString &name)
+{
+    return {text("\"%1\" is too large: files of up to 2 GB can be opened. Split it, and open a part.").arg(name)};
 }
 
 Error openingError(int code, const QString &name)
@@ -155,13 +143,13 @@ int copyContent(int from, int to)
 
 Result<std::shared_ptr<DocumentFile>> DocumentFile::open(const QString &path)
 {
-    const QString name = QFileInfo(path).fileName().isEmpty() ? path : QFileInfo(path).fileName();
+    const QString name = displayable(QFileInfo(path).fileName().isEmpty() ? path : QFileInfo(path).fileName());
     std::shared_ptr<DocumentFile> file(new DocumentFile);
     file->m_name = name;
     // Without O_NONBLOCK, opening a pipe would wait until somebody writes to it.
-    file->m_descriptor = ::open(QFile::encodeName(path).constData(), O_RDONLY | O_NONBLOCK | O_CLOEXEC);
+    file->m_original.descriptor = ::open(QFile::encodeName(path).constData(), O_RDONLY | O_NONBLOCK | O_CLOEXEC);
     struct stat status = {};
-    if (file->m_descriptor < 0 || ::fstat(file->m_descriptor, &status) != 0)
+    if (file->m_original.descriptor < 0 || ::fstat(file->m_original.descriptor, &status) != 0)
         return openingError(errno, name);
     if (S_ISDIR(status.st_mode))
         return openingError(EISDIR, name);
@@ -170,18 +158,18 @@ Result<std::shared_ptr<DocumentFile>> DocumentFile::open(const QString &path)
     if (status.st_size == 0)
         return Error{text("\"%1\" is empty.").arg(name)};
     if (status.st_size > maxFileSize)
-        return Error{text("\"%1\" is too large to be opened.").arg(name)};
-    file->m_size = status.st_size;
+        return tooLarge(name);
+    file->m_original.size = status.st_size;
     return file;
 }
 
 DocumentFile::~DocumentFile()
 {
-    if (void *mapped = m_mapped.load())
-        ::munmap(mapped, static_cast<std::size_t>(m_mappedSize));
     removePrivateCopy();
-    if (m_descriptor >= 0)
-        ::close(m_descriptor);
+    for (const Content &content : {m_original, m_copy}) {
+        if (content.descriptor >= 0)
+            ::close(content.descriptor);
+    }
 }
 
 void DocumentFile::removePrivateCopy()
@@ -190,11 +178,6 @@ void DocumentFile::removePrivateCopy()
     if (!m_copyPath.isEmpty())
         ::unlink(QFile::encodeName(m_copyPath).constData());
     m_copyPath.clear();
-}
-
-QString DocumentFile::descriptorPath() const
-{
-    return QStringLiteral("/proc/self/fd/%1").arg(m_descriptor);
 }
 
 Result<void> DocumentFile::makePrivateCopy()
@@ -208,28 +191,33 @@ Result<void> DocumentFile::makePrivateCopy()
     const QString path =
         QStringLiteral("%1/%2-%3.pdf")
             .arg(folder, QString::number(::getpid()), QString::number(QRandomGenerator::system()->generate64(), 16));
-    const Descriptor copy(
-        ::open(QFile::encodeName(path).constData(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC | O_NOFOLLOW, 0600));
-    if (copy.number() < 0)
+    const int copy =
+        ::open(QFile::encodeName(path).constData(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC | O_NOFOLLOW, 0600);
+    if (copy < 0)
         return copyingError(errno, m_name);
-    Result<void> filled = fillAndMap(copy.number());
-    if (filled)
-        m_copyPath = path;
-    else
+    const Result<qint64> size = fill(copy);
+    if (!size) {
+        ::close(copy);
         ::unlink(QFile::encodeName(path).constData());
-    return filled;
+        return size.error();
+    }
+    m_copyPath = path;
+    m_copy = {copy, *size};
+    m_hasCopy = true;
+    return {};
 }
 
-Result<void> DocumentFile::fillAndMap(int copy)
+// Answers the copy's size.
+Result<qint64> DocumentFile::fill(int copy) const
 {
     struct stat before = {};
     struct stat after = {};
     for (int attempt = 0; attempt < 2; ++attempt) {
-        if (::fstat(m_descriptor, &before) != 0)
+        if (::fstat(m_original.descriptor, &before) != 0)
             return copyingError(errno, m_name);
-        if (const int code = copyContent(m_descriptor, copy))
+        if (const int code = copyContent(m_original.descriptor, copy))
             return copyingError(code, m_name);
-        if (::fstat(m_descriptor, &after) != 0)
+        if (::fstat(m_original.descriptor, &after) != 0)
             return copyingError(errno, m_name);
         if (sameContent(before, after))
             break;
@@ -242,18 +230,8 @@ Result<void> DocumentFile::fillAndMap(int copy)
     if (copied.st_size == 0)
         return Error{text("\"%1\" is empty.").arg(m_name)};
     if (copied.st_size > maxFileSize)
-        return Error{text("\"%1\" is too large to be opened.").arg(m_name)};
-    void *mapped = ::mmap(nullptr, static_cast<std::size_t>(copied.st_size), PROT_READ, MAP_PRIVATE, copy, 0);
-    if (mapped == MAP_FAILED) // NOLINT(cppcoreguidelines-pro-type-cstyle-cast): the system's macro
-        return copyingError(errno, m_name);
-    m_mappedSize = copied.st_size;
-    m_mapped.store(mapped);
-    return {};
-}
-
-QByteArray DocumentFile::bytes() const
-{
-    return QByteArray::fromRawData(static_cast<const char *>(m_mapped.load()), m_mappedSize);
+        return tooLarge(m_name);
+    return qint64(copied.st_size);
 }
 
 } // namespace inkory

@@ -14,7 +14,7 @@ namespace inkory
 
 /// The file that a document was opened from, and the document's private copy of it. The copy is a file of its own
 /// (mode 0600) in the program's state folder, so that neither our own save nor anybody else's change to the file can
-/// alter what is drawn or what the next save starts from. Owned by the document and shared with the engine's workers;
+/// alter what is drawn or what the next save starts from. Owned by the document and shared with what reads it;
 /// the copy is removed when the last of them lets go.
 class DocumentFile
 {
@@ -27,36 +27,35 @@ public:
     DocumentFile &operator=(const DocumentFile &) = delete;
     ~DocumentFile();
 
-    /// A path under which this process reads the very file that was opened, also after it was renamed or deleted.
-    QString descriptorPath() const;
-
-    /// Makes the private copy (by reflink where the file system can) and maps it into memory. Takes as long as copying
-    /// the file does: for worker threads. A file that changed while it was copied is copied again, once.
+    /// Makes the private copy (by reflink where the file system can). Takes as long as copying the file does: for
+    /// worker threads. A file that changed while it was copied is copied again, once.
     Result<void> makePrivateCopy();
 
     /// Whether makePrivateCopy() has succeeded.
-    bool hasPrivateCopy() const { return m_mapped.load() != nullptr; }
+    bool hasPrivateCopy() const { return m_hasCopy; }
 
-    /// The private copy's bytes, without copying them; valid as long as this object. Only once hasPrivateCopy().
-    QByteArray bytes() const;
+    /// What is to be read, of the private copy once there is one, until then of the very file that was opened: a
+    /// descriptor, valid as long as this object, and the size in bytes.
+    struct Content
+    {
+        int descriptor = -1;
+        qint64 size = 0;
+    };
+    Content content() const { return m_hasCopy ? m_copy : m_original; }
 
-    /// Removes the private copy from the disk; its bytes stay readable as long as this object. For a deliberate close.
+    /// Removes the private copy from the disk; it stays readable as long as this object. For a deliberate close.
     void removePrivateCopy();
-
-    /// Size of the file in bytes when it was opened.
-    qint64 size() const { return m_size; }
 
 private:
     DocumentFile() = default;
-    Result<void> fillAndMap(int copy);
+    Result<qint64> fill(int copy) const;
 
     QString m_name;
-    int m_descriptor = -1;
-    qint64 m_size = 0;
+    Content m_original;
     std::mutex m_copying;
     QString m_copyPath;
-    qint64 m_mappedSize = 0;
-    std::atomic<void *> m_mapped = nullptr;
+    Content m_copy; // not touched any more once m_hasCopy
+    std::atomic<bool> m_hasCopy = false;
 };
 
 } // namespace inkory

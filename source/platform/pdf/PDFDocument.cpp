@@ -3,7 +3,9 @@
 #include "platform/core/Log.h"
 #include "platform/pdf/DocumentFile.h"
 #include "platform/pdf/DocumentWriter.h"
+#include "platform/pdf/EngineProcess.h"
 #include "platform/pdf/OverlayRecorder.h"
+#include "platform/pdf/ProblemSentences.h"
 
 #include <QCoreApplication>
 #include <QPointer>
@@ -18,9 +20,6 @@ namespace inkory
 
 namespace
 {
-
-// Points. What is larger is shown cut off.
-constexpr double maxPageSide = 14'400;
 
 // How far the two libraries' page sizes may differ, in points: one of them rounds.
 constexpr double sizeTolerance = 1.0;
@@ -40,20 +39,15 @@ template <class Work, class Done> void runInBackground(QObject *receiver, Work w
     });
 }
 
-Result<QByteArray> writeSnapshot(DocumentWriter &writer, const DocumentFile &file, WriteRequest request)
-{
-    request.original = file.bytes();
-    return writer.write(request);
-}
-
 } // namespace
 
-PDFDocument::PDFDocument(QObject *parent) : QObject(parent), m_writer(makeDocumentWriter()) {}
+PDFDocument::PDFDocument(QObject *parent) : QObject(parent) {}
 
 PDFDocument::~PDFDocument()
 {
+    *m_surveyGivenUp = true;
     if (m_file)
-        m_file->removePrivateCopy(); // workers that are still busy may hold on to the file
+        m_file->removePrivateCopy(); // a save that is still being written may hold on to the file
 }
 
 void PDFDocument::initWithURL(const QString &path)
@@ -65,7 +59,7 @@ void PDFDocument::initWithURL(const QString &path)
     }
     m_file = *file;
     m_pageSource = makePageSource();
-    openSource({});
+    openSource();
     runInBackground(
         this, [copied = m_file] { return copied->makePrivateCopy(); },
         [this](const Result<void> &copy) {
@@ -76,14 +70,16 @@ void PDFDocument::initWithURL(const QString &path)
             }
             m_copyIsDecided = true;
             if (m_state == State::Open)
-                startReadingStructure();
+                startSurvey();
         });
 }
 
 void PDFDocument::unlock(const QString &password)
 {
-    if (m_state == State::Locked)
-        openSource(password.toUtf8());
+    if (m_state != State::Locked)
+        return;
+    m_password = SecretBytes(password.toUtf8());
+    openSource();
 }
 
 bool PDFDocument::canSave() const
@@ -132,7 +128,6 @@ std::function<Result<QByteArray>()> PDFDocument::snapshotForWriting()
         return [reason]() -> Result<QByteArray> { return Error{reason}; };
     }
     WriteRequest request;
-    request.password = m_password;
     OverlayRecorder recorder;
     for (const auto &page : m_pages) {
         WritePage written{page->sourceIndex(), page->rotation(), -1, {}};
@@ -146,8 +141,8 @@ std::function<Result<QByteArray>()> PDFDocument::snapshotForWriting()
     }
     request.overlays = recorder.finish();
     request.images = recorder.images();
-    return [writer = m_writer, file = m_file, request = std::move(request)] {
-        return writeSnapshot(*writer, *file, request);
+    return [file = m_file, password = m_password, request = std::move(request)] {
+        return writeChangedDocument(*file, password, request);
     };
 }
 
@@ -171,11 +166,10 @@ bool PDFDocument::pageHasOverlay(const PDFPage &) const
     return false;
 }
 
-void PDFDocument::openSource(const QByteArray &password)
+void PDFDocument::openSource()
 {
     m_state = State::Opening;
-    m_password = password;
-    m_pageSource->open(m_file, password, [this](const OpenOutcome &outcome) { sourceOpened(outcome); });
+    m_pageSource->open(m_file, m_password, [this](const OpenOutcome &outcome) { sourceOpened(outcome); });
     Q_EMIT stateChanged();
 }
 
@@ -188,56 +182,71 @@ void PDFDocument::sourceOpened(const OpenOutcome &outcome)
     case OpenOutcome::State::PasswordNeeded:
         m_state = State::Locked;
         m_message = outcome.message;
+        m_password = {};
         Q_EMIT stateChanged();
         return;
     case OpenOutcome::State::Open:
         break;
     }
-    PageGeometry assumed; // until the geometry of each page is known, all pages are laid out like the first one
-    if (!outcome.firstPageSize.isEmpty())
-        assumed.mediaBox = {0, 0, outcome.firstPageSize.width(), outcome.firstPageSize.height()};
-    assumed.cropBox = assumed.mediaBox;
-    m_pages.clear();
-    m_pages.reserve(static_cast<std::size_t>(outcome.pageCount));
-    for (int i = 0; i < outcome.pageCount; ++i)
-        m_pages.push_back(makePage(assumed, i));
-    numberPages();
+    makePages(outcome.pageCount, outcome.firstPageSize);
+    m_wasRepaired = outcome.isRepaired;
     m_state = State::Open;
     m_message.clear();
     Q_EMIT stateChanged();
     if (m_copyIsDecided)
-        startReadingStructure();
+        startSurvey();
 }
 
-void PDFDocument::startReadingStructure()
+// Until the geometry of each page is known, all pages are laid out like the first one.
+void PDFDocument::makePages(int count, QSizeF firstPageSize)
 {
-    if (std::exchange(m_readingStructure, true))
+    PageGeometry assumed;
+    if (!firstPageSize.isEmpty())
+        assumed.mediaBox = {0, 0, firstPageSize.width(), firstPageSize.height()};
+    assumed.cropBox = assumed.mediaBox;
+    m_pages.clear();
+    m_pages.reserve(static_cast<std::size_t>(count));
+    for (int i = 0; i < count; ++i)
+        m_pages.push_back(makePage(assumed, i));
+    numberPages();
+}
+
+void PDFDocument::startSurvey()
+{
+    if (std::exchange(m_isSurveying, true))
         return; // the copy and the first page became ready in the same pass of the event loop
-    m_pageSource->measureAllPages([this](const std::vector<QSizeF> &sizes) {
-        if (!m_noCopyReason.isEmpty()) {
-            layOutAsDrawn(sizes);
-            settleGeometry(m_noCopyReason);
-            return;
-        }
+    m_pageSource->callAfterFirstPage([this] {
         runInBackground(
             this,
-            [writer = m_writer, file = m_file, password = m_password] {
-                return writer->readStructure(file->bytes(), password);
+            [file = m_file, password = m_password, givenUp = m_surveyGivenUp] {
+                return surveyDocument(*file, password, *givenUp);
             },
-            [this, sizes](const FileStructure &structure) { compareStructures(structure, sizes); });
+            [this](const SurveyOutcome &outcome) { finishSurvey(outcome); });
     });
 }
 
-void PDFDocument::compareStructures(const FileStructure &structure, const std::vector<QSizeF> &drawnSizes)
+void PDFDocument::finishSurvey(const SurveyOutcome &outcome)
 {
-    if (!structure.cannotWriteReason.isEmpty() && structure.pages.size() != m_pages.size()) {
-        layOutAsDrawn(drawnSizes);
-        settleGeometry(structure.cannotWriteReason);
+    const FileStructure &structure = outcome.survey.structure;
+    m_wasRepaired = m_wasRepaired || structure.isRepaired;
+    QString reason = !m_noCopyReason.isEmpty() ? m_noCopyReason : outcome.failure;
+    if (reason.isEmpty() && structure.pages.size() != m_pages.size())
+        reason = sentenceFor(structure.problem);
+    if (reason.isEmpty()) {
+        compareStructures(outcome.survey);
         return;
     }
-    bool agree = structure.pages.size() == m_pages.size() && drawnSizes.size() == m_pages.size();
+    layOutAsDrawn(outcome.survey.drawnSizes);
+    settleGeometry(reason);
+}
+
+void PDFDocument::compareStructures(const Survey &survey)
+{
+    const std::vector<PageGeometry> &pages = survey.structure.pages;
+    const std::vector<QSizeF> &drawnSizes = survey.drawnSizes;
+    bool agree = pages.size() == m_pages.size() && drawnSizes.size() == m_pages.size();
     for (std::size_t i = 0; agree && i < m_pages.size(); ++i) {
-        const QSizeF size = inkory::shownSize(structure.pages[i].cropBox, structure.pages[i].rotation);
+        const QSizeF size = inkory::shownSize(pages[i].cropBox, pages[i].rotation);
         agree = std::abs(size.width() - drawnSizes[i].width()) <= sizeTolerance &&
                 std::abs(size.height() - drawnSizes[i].height()) <= sizeTolerance;
     }
@@ -248,9 +257,9 @@ void PDFDocument::compareStructures(const FileStructure &structure, const std::v
         return;
     }
     for (const auto &page : m_pages)
-        page->setGeometry(structure.pages[static_cast<std::size_t>(page->sourceIndex())]);
+        page->setGeometry(pages[static_cast<std::size_t>(page->sourceIndex())]);
     Q_EMIT layoutChanged();
-    settleGeometry(structure.cannotWriteReason);
+    settleGeometry(sentenceFor(survey.structure.problem));
 }
 
 void PDFDocument::layOutAsDrawn(const std::vector<QSizeF> &drawnSizes)
@@ -270,6 +279,7 @@ void PDFDocument::settleGeometry(const QString &readOnlyReason)
 {
     m_readOnlyReason = readOnlyReason;
     m_geometrySettled = true;
+    EngineProcess::prepareSpare(); // so that a save, or a page whose helper dies, need not wait for one
     Q_EMIT geometrySettled();
 }
 

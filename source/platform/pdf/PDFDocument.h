@@ -1,6 +1,7 @@
 #pragma once
 
 #include "platform/core/Result.h"
+#include "platform/core/SecretBytes.h"
 #include "platform/pdf/PDFPage.h"
 #include "platform/pdf/PageSource.h"
 
@@ -8,6 +9,7 @@
 #include <QObject>
 #include <QString>
 
+#include <atomic>
 #include <functional>
 #include <memory>
 #include <vector>
@@ -16,8 +18,8 @@ namespace inkory
 {
 
 class DocumentFile;
-class DocumentWriter;
-struct FileStructure;
+struct Survey;
+struct SurveyOutcome;
 
 /// A PDF file that is open: its pages, its state, and its serialisation. Exists from the moment its file is handed over
 /// and has no pages until it is open. The drawing library shows the first page at once; the writing library reads the
@@ -51,6 +53,8 @@ public:
     bool canSave() const;
     /// Why not, for the person; empty if it can be saved or is not settled yet.
     QString readOnlyReason() const { return m_readOnlyReason; }
+    /// Whether the file was damaged and could be opened only by repairing it. Known once the geometry is settled.
+    bool wasRepaired() const { return m_wasRepaired; }
 
     int pageCount() const { return static_cast<int>(m_pages.size()); }
     /// None for an index outside 0 to pageCount() - 1.
@@ -90,25 +94,28 @@ protected:
 
 private:
     void numberPages();
-    void openSource(const QByteArray &password);
+    void openSource();
     void sourceOpened(const OpenOutcome &outcome);
-    void startReadingStructure();
-    void compareStructures(const FileStructure &structure, const std::vector<QSizeF> &drawnSizes);
+    void makePages(int count, QSizeF firstPageSize);
+    void startSurvey();
+    void finishSurvey(const SurveyOutcome &outcome);
+    void compareStructures(const Survey &survey);
     void layOutAsDrawn(const std::vector<QSizeF> &drawnSizes);
     void settleGeometry(const QString &readOnlyReason);
     void fail(const QString &message);
 
     std::shared_ptr<DocumentFile> m_file;
     std::unique_ptr<PageSource> m_pageSource;
-    std::shared_ptr<DocumentWriter> m_writer;
     std::vector<std::unique_ptr<PDFPage>> m_pages;
     State m_state = State::Opening;
     QString m_message;
-    QByteArray m_password;
+    SecretBytes m_password;
     QString m_readOnlyReason;
     bool m_copyIsDecided = false; // made, or not to be had
     QString m_noCopyReason;
-    bool m_readingStructure = false;
+    bool m_isSurveying = false;
+    std::shared_ptr<std::atomic<bool>> m_surveyGivenUp = std::make_shared<std::atomic<bool>>(false);
+    bool m_wasRepaired = false;
     bool m_geometrySettled = false;
 };
 

@@ -1,5 +1,6 @@
 #include "platform/widgets/Document.h"
 
+#include "platform/core/DisplayText.h"
 #include "platform/core/DurableFile.h"
 #include "platform/core/Log.h"
 #include "platform/widgets/Alert.h"
@@ -76,7 +77,7 @@ void Document::setFileUrl(const QUrl &url)
 
 QString Document::displayName() const
 {
-    return m_fileUrl.isEmpty() ? tr("New Document") : m_fileUrl.fileName();
+    return m_fileUrl.isEmpty() ? tr("New Document") : displayable(m_fileUrl.fileName());
 }
 
 void Document::addWindowController(std::unique_ptr<WindowController> controller)
@@ -199,7 +200,7 @@ bool Document::mayReplace(const QUrl &url, bool panelHasAsked)
     const Document *other = controller ? controller->documentForURL(url) : nullptr;
     if (other && other != this) {
         Alert alert;
-        alert.messageText = tr("“%1” is open in another window.").arg(url.fileName());
+        alert.messageText = tr("“%1” is open in another window.").arg(displayable(url.fileName()));
         alert.informativeText = tr("Close it first, or choose another name.");
         alert.runModal(windowForSheets());
         return false;
@@ -207,7 +208,8 @@ bool Document::mayReplace(const QUrl &url, bool panelHasAsked)
     if (panelHasAsked || !QFileInfo::exists(url.toLocalFile()))
         return true;
     Alert alert;
-    alert.messageText = tr("A file named “%1” already exists. Do you want to replace it?").arg(url.fileName());
+    alert.messageText =
+        tr("A file named “%1” already exists. Do you want to replace it?").arg(displayable(url.fileName()));
     alert.informativeText = tr("Replacing it will overwrite its contents.");
     alert.buttons = {tr("Replace"), tr("Cancel")};
     alert.defaultButton = 1;
@@ -219,7 +221,7 @@ void Document::saveReportingFailure(const QUrl &url, const SaveCompletion &compl
     saveToURL(url, [self = QPointer<Document>(this), url, completion](const Result<void> &outcome) {
         if (!outcome && self) {
             Alert alert;
-            alert.messageText = tr("“%1” could not be saved.").arg(url.fileName());
+            alert.messageText = tr("“%1” could not be saved.").arg(displayable(url.fileName()));
             alert.informativeText = outcome.error().message;
             alert.runModal(self->windowForSheets());
         }
@@ -274,7 +276,8 @@ void Document::finishSave(quint64 savedState, const Result<void> &outcome)
         m_fileIdentity = FileIdentity::of(request.url.toLocalFile());
         m_undoManager.markClean(savedState);
     } else
-        logLine(QStringLiteral("saving %1 failed: %2").arg(request.url.toLocalFile(), outcome.error().message));
+        logLine(QStringLiteral("saving %1 failed: %2")
+                    .arg(displayable(request.url.toLocalFile()), outcome.error().message));
 
     const QPointer<Document> self(this);
     if (!isSaving())

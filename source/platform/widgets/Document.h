@@ -46,7 +46,7 @@ public:
     /// Where the document was read from or last saved to; empty for one that never was.
     QUrl fileUrl() const { return m_fileUrl; }
     void setFileUrl(const QUrl &url);
-    /// The file's name, for titles and questions.
+    /// The file's name as it may be shown, for titles and questions.
     QString displayName() const;
     virtual FileKind fileKind() const { return {}; }
 

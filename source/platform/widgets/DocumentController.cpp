@@ -1,5 +1,6 @@
 #include "platform/widgets/DocumentController.h"
 
+#include "platform/core/DisplayText.h"
 #include "platform/core/Log.h"
 #include "platform/widgets/Alert.h"
 #include "platform/widgets/Document.h"
@@ -122,7 +123,7 @@ void DocumentController::showFailure(const QUrl &url, const QString &reason) con
 {
     Alert alert;
     const QString name = url.fileName().isEmpty() ? url.toDisplayString() : url.fileName();
-    alert.messageText = tr("“%1” could not be opened.").arg(name);
+    alert.messageText = tr("“%1” could not be opened.").arg(displayable(name));
     alert.informativeText = reason;
     alert.runModal();
 }
@@ -137,7 +138,8 @@ void DocumentController::openDocumentWithContentsOfURL(const QUrl &url, Display 
     beginOpening();
     const Result<Document *> outcome = open(url, display);
     if (!outcome)
-        logLine(QStringLiteral("opening %1 failed: %2").arg(url.toDisplayString(), outcome.error().message));
+        logLine(
+            QStringLiteral("opening %1 failed: %2").arg(displayable(url.toDisplayString()), outcome.error().message));
     if (completion)
         completion(outcome);
     endOpening();

@@ -23,6 +23,18 @@ constexpr int thumbnailHeight = 156;
 constexpr int padding = 10;
 // How long the pictures wait for the first page at most.
 constexpr int patienceMilliseconds = 500;
+constexpr double failureMarkSize = 20;
+constexpr float quietTextShare = 0.65F;
+
+// A page that cannot be drawn: the page itself says so in words.
+void drawFailureMark(QPainter &painter, const QRectF &page)
+{
+    const double side = std::min({failureMarkSize, page.width() / 2, page.height() / 2});
+    const QRectF mark(page.center() - QPointF(side, side) / 2, QSizeF(side, side));
+    painter.setPen(QPen(QColor(0x80, 0x80, 0x80), side / 10, Qt::SolidLine, Qt::RoundCap));
+    painter.drawLine(mark.topLeft(), mark.bottomRight());
+    painter.drawLine(mark.topRight(), mark.bottomLeft());
+}
 
 } // namespace
 
@@ -103,6 +115,10 @@ void PDFThumbnailView::setPDFView(PDFView *view)
         connect(view, &PDFView::currentPageChanged, this, &PDFThumbnailView::showCurrentPage);
         connect(view, &PDFView::pageAppearanceChanged, this, &PDFThumbnailView::reload);
         connect(view, &PDFView::contentCompleted, this, &PDFThumbnailView::startRequests);
+        connect(view, &PDFView::pageDrawnAgain, this, [this](const PDFPage *page) {
+            m_images.retry(*page);
+            viewport()->update();
+        });
         QTimer::singleShot(patienceMilliseconds, this, &PDFThumbnailView::startRequests);
     }
     reload();
@@ -181,11 +197,14 @@ void PDFThumbnailView::paintThumbnail(QPainter &painter, const QRect &cell, PDFP
     const auto content = [&](QPainter &p, const PDFPage &drawn) {
         p.fillRect(target, Qt::white);
         const QSize pixels(qCeil(target.width() * ratio), qCeil(target.height() * ratio));
-        const auto *piece = m_mayRequest ? m_images.piece(drawn, scale * ratio, QRect(QPoint(), pixels)) : nullptr;
+        const QRect whole(QPoint(), pixels);
+        const auto *piece = m_mayRequest ? m_images.piece(drawn, scale * ratio, whole) : nullptr;
         if (!piece)
             piece = m_images.standIn(drawn);
         if (piece)
             p.drawImage(target, piece->image);
+        else if (m_images.hasFailed(drawn, scale * ratio, whole))
+            drawFailureMark(p, target);
     };
     const QTransform transform = page.shownTransform() * QTransform::fromScale(scale, scale) *
                                  QTransform::fromTranslate(target.left(), target.top());
@@ -195,7 +214,9 @@ void PDFThumbnailView::paintThumbnail(QPainter &painter, const QRect &cell, PDFP
     painter.setPen(QPen(QColor(0, 0, 0, 70), 1));
     painter.setBrush(Qt::NoBrush);
     painter.drawRect(target.adjusted(-0.5, -0.5, 0.5, 0.5));
-    painter.setPen(palette().color(isCurrent ? QPalette::WindowText : QPalette::PlaceholderText));
+    QColor number = palette().color(QPalette::WindowText);
+    number.setAlphaF(isCurrent ? 1 : quietTextShare); // some dark schemes leave PlaceholderText black
+    painter.setPen(number);
     const QRect label(cell.left(), picture.bottom() + 4, cell.width(), cell.bottom() - picture.bottom() - 4);
     painter.drawText(label, Qt::AlignHCenter | Qt::AlignTop, QString::number(page.index() + 1));
     painter.restore();

@@ -108,107 +108,6 @@ void PDFView::goToPage(int index)
     noteCurrentPage();
 }
 
-QPointF PDFView::documentOrigin() const
-{
-    const QSizeF document = m_layout.documentSize();
-    const QSize shown = viewport()->size();
-    const double x = document.width() <= shown.width() ? std::floor((shown.width() - document.width()) / 2)
-                                                       : -horizontalScrollBar()->value();
-    const double y = document.height() <= shown.height() ? std::floor((shown.height() - document.height()) / 2)
-                                                         : -verticalScrollBar()->value();
-    return {x, y};
-}
-
-QRectF PDFView::pageRectInWidget(int pageIndex) const
-{
-    return m_layout.pageRect(pageIndex).translated(documentOrigin());
-}
-
-QTransform PDFView::widgetTransform(int pageIndex) const
-{
-    const PDFPage *page = m_document->pageAtIndex(pageIndex);
-    const QPointF corner = pageRectInWidget(pageIndex).topLeft();
-    return page->shownTransform() * QTransform::fromScale(m_scaleFactor, m_scaleFactor) *
-           QTransform::fromTranslate(corner.x(), corner.y());
-}
-
-QTransform PDFView::viewTransform(const PDFPage *page) const
-{
-    const int index = m_document ? m_document->indexForPage(page) : -1;
-    if (index < 0 || index >= m_layout.pageCount())
-        return {};
-    return widgetTransform(index) * QTransform(1, 0, 0, -1, 0, height());
-}
-
-ViewRect PDFView::convertRectFromPage(const PageRect &rect, const PDFPage *page) const
-{
-    return fromQRectF<ViewSpace>(viewTransform(page).mapRect(toQRectF(rect)));
-}
-
-PageRect PDFView::convertRectToPage(const ViewRect &rect, const PDFPage *page) const
-{
-    return fromQRectF<PageSpace>(viewTransform(page).inverted().mapRect(toQRectF(rect)));
-}
-
-ViewPoint PDFView::convertPointFromPage(const PagePoint &point, const PDFPage *page) const
-{
-    const QPointF mapped = viewTransform(page).map(QPointF(point.x, point.y));
-    return {mapped.x(), mapped.y()};
-}
-
-PagePoint PDFView::convertPointToPage(const ViewPoint &point, const PDFPage *page) const
-{
-    const QPointF mapped = viewTransform(page).inverted().map(QPointF(point.x, point.y));
-    return {mapped.x(), mapped.y()};
-}
-
-OverlayRect PDFView::convertRectToOverlay(const ViewRect &rect) const
-{
-    return {rect.x, height() - rect.maxY(), rect.width, rect.height};
-}
-
-ViewRect PDFView::convertRectFromOverlay(const OverlayRect &rect) const
-{
-    return {rect.x, height() - rect.maxY(), rect.width, rect.height};
-}
-
-ViewPoint PDFView::convertPointFromWindow(const WindowPoint &point) const
-{
-    const QPointF local = mapFrom(window(), QPointF(point.x, point.y));
-    return {local.x(), height() - local.y()};
-}
-
-ViewRect PDFView::viewBounds() const
-{
-    return {0, 0, static_cast<double>(width()), static_cast<double>(height())};
-}
-
-ViewRect PDFView::visibleRect() const
-{
-    const QSize shown = viewport()->size();
-    return {0, static_cast<double>(height() - shown.height()), static_cast<double>(shown.width()),
-            static_cast<double>(shown.height())};
-}
-
-ViewRect PDFView::documentViewFrame() const
-{
-    if (m_layout.pageCount() == 0)
-        return {};
-    const QPointF origin = documentOrigin();
-    const QSizeF size = m_layout.documentSize();
-    return {origin.x(), height() - origin.y() - size.height(), size.width(), size.height()};
-}
-
-PDFPage *PDFView::pageForPoint(const ViewPoint &point, PageSearch search) const
-{
-    if (!m_document)
-        return nullptr;
-    const QPointF inDocument = QPointF(point.x, height() - point.y) - documentOrigin();
-    const int index =
-        search == PageSearch::Nearest ? m_layout.nearestPage(inDocument.y()) : m_layout.pageAt(inDocument);
-    return m_document->pageAtIndex(index);
-}
-
 void PDFView::annotationsChangedOnPage(const PDFPage *page)
 {
     if (page) {
@@ -263,12 +162,9 @@ void PDFView::noteCurrentPage()
 
 void PDFView::pageContentArrived(int sourceIndex)
 {
-    for (int i = std::max(0, m_layout.nearestPage(-documentOrigin().y())); i < m_layout.pageCount(); ++i) {
-        const QRectF rect = pageRectInWidget(i);
-        if (rect.top() > viewport()->height())
-            return;
+    for (const int i : visiblePages()) {
         if (m_document->pageAtIndex(i)->sourceIndex() == sourceIndex)
-            viewport()->update(rect.toAlignedRect());
+            viewport()->update(pageRectInWidget(i).toAlignedRect());
     }
 }
 
@@ -277,14 +173,8 @@ void PDFView::paintEvent(QPaintEvent *event)
     QPainter painter(viewport());
     painter.setRenderHint(QPainter::Antialiasing);
     bool complete = m_layout.pageCount() > 0;
-    const QRect shown = viewport()->rect();
-    for (int i = std::max(0, m_layout.nearestPage(-documentOrigin().y())); i < m_layout.pageCount(); ++i) {
-        const QRectF rect = pageRectInWidget(i);
-        if (rect.top() > shown.bottom())
-            break;
-        if (rect.intersects(shown))
-            paintPage(painter, i, event->rect(), complete);
-    }
+    for (const int i : visiblePages())
+        paintPage(painter, i, event->rect(), complete);
     m_images.cancelStaleRequests();
     if (complete && !std::exchange(m_contentComplete, complete))
         Q_EMIT contentCompleted();
@@ -324,30 +214,24 @@ void PDFView::requestVisibleContent()
 {
     if (!isVisible())
         return;
-    const double pixelsPerPoint = m_scaleFactor * viewport()->devicePixelRatioF();
-    for (int i = std::max(0, m_layout.nearestPage(-documentOrigin().y())); i < m_layout.pageCount(); ++i) {
-        const QRectF rect = pageRectInWidget(i);
-        if (rect.top() > viewport()->height())
-            return;
-        m_images.piece(*m_document->pageAtIndex(i), pixelsPerPoint, neededPixels(rect));
-    }
+    for (const int i : visiblePages())
+        m_images.piece(*m_document->pageAtIndex(i), pixelsPerPoint(), neededPixels(pageRectInWidget(i)));
 }
 
 bool PDFView::drawPageContent(QPainter &painter, const PDFPage &page, const QRectF &pageRect)
 {
     painter.fillRect(pageRect, Qt::white);
-    const double pixelsPerPoint = m_scaleFactor * viewport()->devicePixelRatioF();
     const auto draw = [&](const PageImageStore::Piece &piece) {
         const double k = m_scaleFactor / piece.scale; // pixels of the image to pixels of the widget
         const QRectF target(pageRect.topLeft() + QPointF(piece.region.topLeft()) * k, QSizeF(piece.image.size()) * k);
         painter.drawImage(target, piece.image);
     };
-    if (const auto *piece = m_images.piece(page, pixelsPerPoint, neededPixels(pageRect))) {
+    if (const auto *piece = m_images.piece(page, pixelsPerPoint(), neededPixels(pageRect))) {
         draw(*piece);
         return true;
     }
-    if (m_images.hasFailed(page, pixelsPerPoint, neededPixels(pageRect))) {
-        drawFailure(painter, pageRect & QRectF(viewport()->rect()));
+    if (hasFailed(page.index())) {
+        m_failedPageNotes.paintSentence(painter, {page.index(), visiblePart(page.index())});
         return true;
     }
     if (const auto *standIn = m_images.standIn(page)) {
@@ -359,10 +243,31 @@ bool PDFView::drawPageContent(QPainter &painter, const PDFPage &page, const QRec
     return false;
 }
 
-void PDFView::drawFailure(QPainter &painter, const QRectF &area) const
+bool PDFView::hasFailed(int pageIndex) const
 {
-    painter.setPen(QColor(0x60, 0x60, 0x60));
-    painter.drawText(area, Qt::AlignCenter | Qt::TextWordWrap, tr("This page cannot be drawn."));
+    return m_images.hasFailed(*m_document->pageAtIndex(pageIndex), pixelsPerPoint(),
+                              neededPixels(pageRectInWidget(pageIndex)));
+}
+
+void PDFView::placeFailedPageNotes()
+{
+    std::vector<FailedPageNotes::Page> failed;
+    for (const int i : visiblePages()) {
+        if (hasFailed(i))
+            failed.push_back({i, visiblePart(i)});
+    }
+    m_failedPageNotes.showButtons(failed);
+}
+
+void PDFView::drawAgain(int pageIndex)
+{
+    const PDFPage *page = m_document ? m_document->pageAtIndex(pageIndex) : nullptr;
+    if (!page)
+        return;
+    m_images.retry(*page);
+    placeFailedPageNotes();
+    viewport()->update(visiblePart(pageIndex));
+    Q_EMIT pageDrawnAgain(page);
 }
 
 void PDFView::resizeEvent(QResizeEvent *event)
@@ -409,6 +314,9 @@ void PDFView::keyPressEvent(QKeyEvent *event)
 
 bool PDFView::viewportEvent(QEvent *event)
 {
+    if ((event->type() == QEvent::MouseButtonPress || event->type() == QEvent::MouseButtonDblClick) &&
+        m_failedPageNotes.isSecondPress(static_cast<QMouseEvent *>(event)->position().toPoint()))
+        return true;
     if (event->type() == QEvent::NativeGesture) {
         const auto *gesture = static_cast<QNativeGestureEvent *>(event);
         if (gesture->gestureType() == Qt::ZoomNativeGesture) {
@@ -441,8 +349,10 @@ void PDFView::watchWindow()
 
 bool PDFView::eventFilter(QObject *watched, QEvent *event)
 {
-    if (watched == m_watchedWindow && event->type() == QEvent::UpdateRequest && isVisible())
+    if (watched == m_watchedWindow && event->type() == QEvent::UpdateRequest && isVisible()) {
         viewWillDraw();
+        placeFailedPageNotes();
+    }
     return QAbstractScrollArea::eventFilter(watched, event);
 }
 

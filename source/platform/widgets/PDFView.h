@@ -3,6 +3,7 @@
 #include "platform/core/Geometry.h"
 #include "platform/pdf/PDFDocument.h"
 #include "platform/pdf/PDFPage.h"
+#include "platform/widgets/FailedPageNotes.h"
 #include "platform/widgets/PageImageStore.h"
 #include "platform/widgets/PageLayout.h"
 #include "platform/widgets/ScreenDrawingContext.h"
@@ -91,6 +92,8 @@ Q_SIGNALS:
     void pageAppearanceChanged(const inkory::PDFPage *page);
     /// isContentComplete() became true.
     void contentCompleted();
+    /// The page, which could not be drawn, is being tried again because the person wants it.
+    void pageDrawnAgain(const inkory::PDFPage *page);
 
 protected:
     /// Called once before each frame is painted. Marks that it makes join that frame.
@@ -112,6 +115,10 @@ private:
     /// Where the document's upper left corner stands in the widget.
     QPointF documentOrigin() const;
     QRectF pageRectInWidget(int pageIndex) const;
+    /// From the top; those of which anything is seen.
+    std::vector<int> visiblePages() const;
+    QRect visiblePart(int pageIndex) const;
+    double pixelsPerPoint() const;
     void watchWindow();
     void updateScrollBars();
     void noteCurrentPage();
@@ -122,12 +129,15 @@ private:
     QRect neededPixels(const QRectF &pageRect) const;
     /// Asks for what the next frame will show, so that it is being drawn while that frame is still being prepared.
     void requestVisibleContent();
-    void drawFailure(QPainter &painter, const QRectF &area) const;
+    bool hasFailed(int pageIndex) const;
+    void placeFailedPageNotes();
+    void drawAgain(int pageIndex);
 
     QPointer<PDFDocument> m_document;
     PageLayout m_layout;
     PageImageStore m_images{DrawPriority::Visible};
     ScaledImages m_stampImages;
+    FailedPageNotes m_failedPageNotes{*this, [this](int pageIndex) { drawAgain(pageIndex); }};
     QPointer<QWidget> m_watchedWindow;
     double m_scaleFactor = 1;
     int m_lastCurrentPage = -1;

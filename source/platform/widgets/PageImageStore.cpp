@@ -23,6 +23,11 @@ constexpr int marginOfPart = 256;
 // What all images may take together, apart from the ones being shown.
 constexpr qint64 maxBytes = 96LL * 1024 * 1024;
 
+bool shows(const PageImageStore::Piece &piece, double scale, const QRect &needed)
+{
+    return qFuzzyCompare(piece.scale, scale) && piece.region.contains(needed);
+}
+
 } // namespace
 
 PageImageStore::PageImageStore(DrawPriority priority, QObject *parent) : QObject(parent), m_priority(priority) {}
@@ -54,9 +59,8 @@ const PageImageStore::Piece *PageImageStore::piece(const PDFPage &page, double s
     const auto held = m_held.find(key);
     if (held != m_held.end()) {
         held->second.lastUse = m_frame;
-        const Piece &piece = held->second.piece;
-        if (qFuzzyCompare(piece.scale, scale) && piece.region.contains(needed))
-            return &piece;
+        if (shows(held->second.piece, scale, needed))
+            return &held->second.piece;
     }
     if (hasFailed(page, scale, needed))
         return nullptr;
@@ -79,8 +83,16 @@ const PageImageStore::Piece *PageImageStore::standIn(const PDFPage &page) const
 bool PageImageStore::hasFailed(const PDFPage &page, double scale, const QRect &needed) const
 {
     const auto held = m_held.find(keyOf(page));
-    return held != m_held.end() && qFuzzyCompare(held->second.failedScale, scale) &&
-           held->second.failedRegion.contains(needed);
+    return held != m_held.end() && !shows(held->second.piece, scale, needed) &&
+           qFuzzyCompare(held->second.failedScale, scale) && held->second.failedRegion.contains(needed);
+}
+
+void PageImageStore::retry(const PDFPage &page)
+{
+    for (auto &[key, held] : m_held) {
+        if (key.sourceIndex == page.sourceIndex())
+            held.failedScale = 0;
+    }
 }
 
 QRect PageImageStore::regionToDraw(const PDFPage &page, double scale, const QRect &needed) const

@@ -47,6 +47,8 @@ public:
     const Piece *standIn(const PDFPage &page) const;
     /// Whether the needed part of the page could not be drawn at this scale. It is not tried again at the same scale.
     bool hasFailed(const PDFPage &page, double scale, const QRect &needed) const;
+    /// Forgets that the page could not be drawn, so that it is tried again when it is asked for next.
+    void retry(const PDFPage &page);
 
     /// Cancels the requests that were not asked for again (by piece()) since the last call: their pages left the view.
     void cancelStaleRequests();

@@ -1,5 +1,6 @@
 #include "platform/widgets/RecentDocuments.h"
 
+#include "platform/core/DisplayText.h"
 #include "platform/core/DurableFile.h"
 #include "platform/core/Log.h"
 #include "platform/core/UserDefaults.h"
@@ -34,10 +35,10 @@ Result<QByteArray> readList(const QString &filePath)
     if (!file.exists())
         return QByteArray();
     if (!file.open(QIODevice::ReadOnly) || file.size() > maximumListBytes)
-        return Error{QStringLiteral("%1 cannot be read").arg(filePath)};
+        return Error{QStringLiteral("%1 cannot be read").arg(displayable(filePath))};
     const QByteArray bytes = file.readAll();
     if (file.error() != QFileDevice::NoError)
-        return Error{QStringLiteral("%1 cannot be read: %2").arg(filePath, file.errorString())};
+        return Error{QStringLiteral("%1 cannot be read: %2").arg(displayable(filePath), file.errorString())};
     return bytes;
 }
 
@@ -113,7 +114,8 @@ void RecentDocuments::add(const QUrl &url, const QDateTime &time)
 {
     m_writer.start([filePath = m_filePath, url, time] {
         if (!isPdfFile(url))
-            return logLine(QStringLiteral("recent documents: %1 is no PDF document").arg(url.toDisplayString()));
+            return logLine(
+                QStringLiteral("recent documents: %1 is no PDF document").arg(displayable(url.toDisplayString())));
         changeListLoggingFailure(filePath,
                                  [&](const QByteArray &bytes) { return recentListWithDocument(bytes, url, time); });
     });

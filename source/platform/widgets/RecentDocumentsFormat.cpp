@@ -1,10 +1,13 @@
 #include "platform/widgets/RecentDocumentsFormat.h"
 
+#include "platform/core/DisplayText.h"
+
 #include <QSet>
 #include <QXmlStreamReader>
 #include <QXmlStreamWriter>
 
 #include <algorithm>
+#include <functional>
 
 namespace inkory
 {
@@ -84,6 +87,37 @@ RecentEntry readEntry(QXmlStreamReader &reader)
     return entry;
 }
 
+/// Up to the end, or to the damage.
+QList<RecentEntry> readEntries(QXmlStreamReader &reader)
+{
+    QList<RecentEntry> entries;
+    while (!reader.atEnd()) {
+        reader.readNext();
+        if (!reader.isStartElement() || !isPlainElement(reader, QLatin1String("bookmark")))
+            continue;
+        const RecentEntry entry = readEntry(reader);
+        if (!reader.hasError())
+            entries.append(entry);
+    }
+    return entries;
+}
+
+Error damage(const QString &reason)
+{
+    return {QStringLiteral("the list of recent files is damaged: %1").arg(displayable(reason))};
+}
+
+/// The changed list, if it reads back as expected. The reader lets things pass that do not survive being written.
+Result<QByteArray> verified(const QByteArray &changed,
+                            const std::function<bool(const QList<RecentEntry> &)> &isExpected)
+{
+    QXmlStreamReader reader(changed);
+    const QList<RecentEntry> entries = readEntries(reader);
+    if (reader.hasError())
+        return damage(reader.errorString());
+    return isExpected(entries) ? Result<QByteArray>(changed) : damage(QStringLiteral("it cannot be kept as it is"));
+}
+
 QXmlStreamAttributes withValue(const QXmlStreamAttributes &attributes, const QString &name, const QString &value)
 {
     QXmlStreamAttributes changed;
@@ -117,20 +151,18 @@ public:
                     m_writer.writeCurrentToken(m_reader);
             }
         }
-        if (m_reader.hasError() || !m_isList)
-            return Error{QStringLiteral("the list of recent files is damaged: %1").arg(m_reader.errorString())};
+        if (m_reader.hasError() || !m_isSound)
+            return damage(m_reader.errorString());
         return m_bytes;
     }
 
 private:
     void startElement()
     {
-        m_isList = m_isList || isPlainElement(m_reader, QLatin1String("xbel"));
-        if (isPlainElement(m_reader, QLatin1String("bookmark"))) {
-            m_isInEntry = QUrl(entryAddress(m_reader)) == m_url;
-            m_isRegistered = false;
-            m_isFound = m_isFound || m_isInEntry;
-        }
+        if (m_depth++ == 0)
+            m_isSound = isPlainElement(m_reader, QLatin1String("xbel"));
+        if (isPlainElement(m_reader, QLatin1String("bookmark")))
+            startEntry();
         QXmlStreamAttributes attributes = m_reader.attributes();
         if (m_isInEntry)
             attributes = changedAttributes();
@@ -140,14 +172,26 @@ private:
         m_writer.writeAttributes(attributes);
     }
 
+    void startEntry()
+    {
+        m_isSound = m_isSound && m_entryDepth == 0; // entries inside of entries are nothing that could be kept right
+        m_entryDepth = m_depth;
+        m_isInEntry = QUrl(entryAddress(m_reader), QUrl::StrictMode) == m_url;
+        m_isRegistered = false;
+        m_hasType = false;
+        m_isFound = m_isFound || m_isInEntry;
+    }
+
     QXmlStreamAttributes changedAttributes()
     {
         const QXmlStreamAttributes attributes = m_reader.attributes();
         if (isPlainElement(m_reader, QLatin1String("bookmark")))
             return withValue(withValue(attributes, QStringLiteral("modified"), m_time), QStringLiteral("visited"),
                              m_time);
-        if (m_reader.namespaceUri() == mimeNamespace && m_reader.name() == QLatin1String("mime-type"))
+        if (m_reader.namespaceUri() == mimeNamespace && m_reader.name() == QLatin1String("mime-type")) {
+            m_hasType = true;
             return withValue(attributes, QStringLiteral("type"), pdfType);
+        }
         if (!isOwnApplication(m_reader))
             return attributes;
         m_isRegistered = true;
@@ -159,41 +203,46 @@ private:
     /// Adds what is missing at the innermost place where it may stand.
     void beforeEndElement()
     {
-        if (m_isInEntry && !m_isRegistered) {
-            m_isRegistered = true;
-            if (isBookmarkElement(m_reader, QLatin1String("applications")))
-                writeApplication(1);
-            else if (isPlainElement(m_reader, QLatin1String("info")))
+        if (m_isInEntry && isBookmarkElement(m_reader, QLatin1String("applications")) && !m_isRegistered)
+            writeApplication();
+        if (m_isInEntry && (!m_isRegistered || !m_hasType)) {
+            if (isPlainElement(m_reader, QLatin1String("info")))
                 writeMetadata();
-            else if (isPlainElement(m_reader, QLatin1String("bookmark")))
+            else if (m_depth == m_entryDepth)
                 writeInfo();
-            else
-                m_isRegistered = false;
         }
-        if (isPlainElement(m_reader, QLatin1String("bookmark")))
+        if (m_depth == m_entryDepth) {
             m_isInEntry = false;
-        else if (isPlainElement(m_reader, QLatin1String("xbel")) && !m_isFound)
+            m_entryDepth = 0;
+        }
+        if (--m_depth == 0 && !m_isFound)
             writeEntry();
     }
 
-    void writeApplication(int count)
+    void writeApplication()
     {
+        m_isRegistered = true;
         m_writer.writeEmptyElement(bookmarkNamespace, QStringLiteral("application"));
         m_writer.writeAttribute(QStringLiteral("name"), programName);
         m_writer.writeAttribute(QStringLiteral("exec"), programCommand);
         m_writer.writeAttribute(QStringLiteral("modified"), m_time);
-        m_writer.writeAttribute(QStringLiteral("count"), QString::number(count));
+        m_writer.writeAttribute(QStringLiteral("count"), QStringLiteral("1"));
     }
 
     void writeMetadata()
     {
         m_writer.writeStartElement(QStringLiteral("metadata"));
         m_writer.writeAttribute(QStringLiteral("owner"), metadataOwner);
-        m_writer.writeEmptyElement(mimeNamespace, QStringLiteral("mime-type"));
-        m_writer.writeAttribute(QStringLiteral("type"), pdfType);
-        m_writer.writeStartElement(bookmarkNamespace, QStringLiteral("applications"));
-        writeApplication(1);
-        m_writer.writeEndElement();
+        if (!m_hasType) {
+            m_hasType = true;
+            m_writer.writeEmptyElement(mimeNamespace, QStringLiteral("mime-type"));
+            m_writer.writeAttribute(QStringLiteral("type"), pdfType);
+        }
+        if (!m_isRegistered) {
+            m_writer.writeStartElement(bookmarkNamespace, QStringLiteral("applications"));
+            writeApplication();
+            m_writer.writeEndElement();
+        }
         m_writer.writeEndElement();
     }
 
@@ -221,41 +270,49 @@ private:
     QXmlStreamWriter m_writer;
     QUrl m_url;
     QString m_time;
-    bool m_isList = false;
+    int m_depth = 0;      // of open elements
+    int m_entryDepth = 0; // where the open entry stands; 0 outside of entries
+    bool m_isSound = false;
     bool m_isFound = false;
-    bool m_isInEntry = false;
+    bool m_isInEntry = false; // in the one that is changed; the next two tell what it has
     bool m_isRegistered = false;
+    bool m_hasType = false;
 };
 
 } // namespace
 
 QList<RecentEntry> readRecentEntries(const QByteArray &bytes)
 {
-    QList<RecentEntry> entries;
     QXmlStreamReader reader(bytes);
-    while (!reader.atEnd()) {
-        reader.readNext();
-        if (!reader.isStartElement() || !isPlainElement(reader, QLatin1String("bookmark")))
-            continue;
-        const RecentEntry entry = readEntry(reader);
-        if (!reader.hasError())
-            entries.append(entry);
-    }
-    return entries;
+    return readEntries(reader);
 }
 
 Result<QByteArray> recentListWithDocument(const QByteArray &bytes, const QUrl &url, const QDateTime &time)
 {
-    return EntryUpdate(bytes.trimmed().isEmpty() ? emptyList : bytes, url, time).run();
+    const Result<QByteArray> changed = EntryUpdate(bytes.trimmed().isEmpty() ? emptyList : bytes, url, time).run();
+    if (!changed)
+        return changed;
+    const auto withoutDocument = [&url](QList<RecentEntry> entries) {
+        entries.removeIf([&url](const RecentEntry &entry) { return entry.url == url; });
+        return entries;
+    };
+    return verified(*changed, [&](const QList<RecentEntry> &entries) {
+        return withoutDocument(entries) == withoutDocument(readRecentEntries(bytes));
+    });
 }
 
 Result<QByteArray> recentListWithoutOwnDocuments(const QByteArray &bytes)
 {
     QSet<QUrl> toRemove;
-    for (const RecentEntry &entry : readRecentEntries(bytes)) {
+    QList<RecentEntry> expected;
+    for (RecentEntry entry : readRecentEntries(bytes)) {
         if (entry.isOnlyOwn)
             toRemove.insert(entry.url);
+        entry.isOwn = false;
+        expected.append(entry);
     }
+    expected.removeIf([&](const RecentEntry &entry) { return toRemove.contains(entry.url); });
+
     QByteArray kept;
     QXmlStreamWriter writer(&kept);
     QXmlStreamReader reader(bytes);
@@ -269,8 +326,8 @@ Result<QByteArray> recentListWithoutOwnDocuments(const QByteArray &bytes)
             writer.writeCurrentToken(reader);
     }
     if (reader.hasError())
-        return Error{QStringLiteral("the list of recent files is damaged: %1").arg(reader.errorString())};
-    return kept;
+        return damage(reader.errorString());
+    return verified(kept, [&](const QList<RecentEntry> &entries) { return entries == expected; });
 }
 
 } // namespace inkory

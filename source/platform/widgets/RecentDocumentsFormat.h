@@ -23,6 +23,8 @@ struct RecentEntry
     /// Whether this program has registered it, and whether it is the only one.
     bool isOwn = false;
     bool isOnlyOwn = false;
+
+    bool operator==(const RecentEntry &) const = default;
 };
 
 /// What the bytes of the list ("recently-used.xbel") say, in their order. Bytes that are damaged give the entries

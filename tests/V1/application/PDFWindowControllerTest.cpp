@@ -1,5 +1,7 @@
 #include "ApplicationFixture.h"
 
+#include "V1/application/DocumentStatePage.h"
+#include "V1/application/NoticeStrip.h"
 #include "V1/application/PDFWindowController.h"
 #include "V1/editing/KRPDFView.h"
 #include "V1/library/ImageStampCollection.h"
@@ -11,8 +13,11 @@
 #include <QKeyEvent>
 #include <QLabel>
 #include <QLineEdit>
+#include <QMenu>
+#include <QPushButton>
 #include <QSignalSpy>
 #include <QToolButton>
+#include <QWindow>
 
 namespace inkory::test
 {
@@ -115,6 +120,7 @@ TEST_F(PDFWindowControllerTest, ThePageAreaAsksForPasswordsUntilOneFitsAndSaysWh
     auto *field = locked.pdfWindowController()->window()->findChild<QLineEdit *>(QStringLiteral("passwordField"));
     for (const char *password : {"wrong", "secret"}) {
         EXPECT_TRUE(field->isVisible() && field->isEnabled() && field->text().isEmpty());
+        EXPECT_EQ(field->window()->focusWidget(), field);
         QTest::keyClicks(field, QLatin1String(password));
         QSignalSpy changed(locked.pdfDoc(), &inkory::PDFDocument::stateChanged);
         QTest::keyClick(field, Qt::Key_Return);
@@ -152,6 +158,62 @@ TEST_F(PDFWindowControllerTest, SaveAsksItsQuestionAndClosingDoesNot)
     EXPECT_EQ(questions.size(), 4);
     EXPECT_EQ(questions.value(2).first(), QStringLiteral("“a.pdf” was moved or deleted by another program."));
     EXPECT_EQ(questions.last().first(), QStringLiteral("Save changes to “a.pdf” before closing?"));
+}
+
+TEST_F(PDFWindowControllerTest, ForeignNamesAreShownAsOneHarmlessLine)
+{
+    const PDFDocumentModel &foreign = open(makeFile("a\n\u202eb&<b>[*].pdf"));
+    EXPECT_TRUE(QTest::qWaitFor([&] { return documentController.recentDocumentURLs().contains(foreign.fileUrl()); }));
+    EXPECT_TRUE(
+        foreign.pdfWindowController()->window()->windowTitle().startsWith(QStringLiteral("a \ufffdb&<b>[*][*].pdf")));
+    auto &menu = part<QMenu>("menuOpenRecent");
+    Q_EMIT menu.aboutToShow();
+    EXPECT_EQ(menu.actions().first()->text(), QStringLiteral("a \ufffdb&&<b>[*].pdf"));
+    EXPECT_TRUE(menu.actions().first()->toolTip().contains(QStringLiteral("/a \ufffdb&amp;&lt;b&gt;[*].pdf")));
+}
+
+TEST_F(PDFWindowControllerTest, ARepairedDocumentSaysSoUntilTheNoticeIsClosed)
+{
+    EXPECT_FALSE(part<NoticeStrip>("noticeStrip").isVisible());
+    const PDFDocumentModel &repaired =
+        open(makeFile("b.pdf", troubleSample(QStringLiteral("no-cross-references")).bytes));
+    EXPECT_TRUE(QTest::qWaitFor([&] { return repaired.pdfDoc()->isGeometrySettled(); }));
+    const auto *strip = repaired.pdfWindowController()->window()->findChild<NoticeStrip *>();
+    EXPECT_TRUE(strip->isVisible());
+    strip->findChild<QToolButton *>()->click();
+    EXPECT_FALSE(strip->isVisible());
+}
+
+TEST_F(PDFWindowControllerTest, ALongOpeningCanBeCancelledWithoutAQuestion)
+{
+    DocumentStatePage page;
+    page.show();
+    page.showState(inkory::PDFDocument(), QStringLiteral("slow.pdf"));
+    const auto *cancel = page.findChild<QPushButton *>(QStringLiteral("cancelOpeningButton"));
+    EXPECT_FALSE(cancel->isVisible());
+    EXPECT_TRUE(QTest::qWaitFor([&] { return cancel->isVisible(); }, 3000));
+    document.undoManager().noteChangeWithoutStep();
+    part<QPushButton>("cancelOpeningButton").click();
+    EXPECT_TRUE(documents().isEmpty() && questions.isEmpty());
+}
+
+TEST_F(PDFWindowControllerTest, APressOnTryAgainIsNoPressOnThePage)
+{
+    const PDFDocumentModel &failing = open(makeFile("b.pdf", makePdf({{}, {}}).replace("/Count 2", "/Count 3")));
+    KRPDFView &failingView = *failing.pdfWindowController()->pdfView();
+    EXPECT_TRUE(QTest::qWaitFor([&] { return failing.pdfDoc()->isGeometrySettled(); }));
+    failingView.goToPage(2);
+    failingView.setStampImage(ImageStampCollection::stampImageAtIndex(0));
+    failingView.setCurrentToolType(ToolTypeImageStamp);
+    const auto button = [&] { return failingView.findChild<QPushButton *>(QStringLiteral("drawAgainButton")); };
+    ASSERT_TRUE(QTest::qWaitFor([&] { return button() && button()->isVisible(); }));
+    QWindow *window = failingView.window()->windowHandle();
+    const QPoint place = button()->mapTo(failingView.window(), button()->rect().center());
+    QSignalSpy refused(&failingView, &KRPDFView::placementRefused);
+    QTest::mouseDClick(window, Qt::LeftButton, {}, place);
+    EXPECT_EQ(refused.count(), 0);
+    QTest::mouseClick(window, Qt::LeftButton, {}, place + QPoint(0, 100));
+    EXPECT_EQ(refused.count(), 1);
 }
 
 } // namespace inkory::test

@@ -3,6 +3,7 @@
 #include "support/FileSizeLimit.h"
 
 #include <QLockFile>
+#include <QRandomGenerator>
 
 #include <sys/stat.h>
 
@@ -96,11 +97,16 @@ TEST_F(Library, SavedDrawingIsTheSameObjectAndKeepsItsSize)
 TEST_F(Library, FullDiskLosesNothingAndLeavesNothing)
 {
     addSignatures({71});
-    const QString image = makeImage(u"b.png"_qs, 72);
+    // Noise cannot be compressed: 72 × 72 × 4 = 20,736 bytes, which reading may take from shared memory, and more than
+    // that as a file.
+    QImage noise(72, 72, QImage::Format_ARGB32);
+    QRandomGenerator(1).fillRange(reinterpret_cast<quint32 *>(noise.bits()), 72LL * 72);
+    const QString image = path(u"b.png"_qs);
+    ASSERT_TRUE(noise.save(image));
     {
-        const inkory::test::FileSizeLimit noSpace(16);
+        const inkory::test::FileSizeLimit noSpace(20'736);
         EXPECT_EQ(ImageStampCollection::addImages(QStringList{image}), -1);
-        EXPECT_EQ(ImageStampCollection::saveImageToUserData(ImageStampCollection::stampImageAtIndex(0)), nullptr);
+        EXPECT_EQ(ImageStampCollection::saveImageToUserData(inkory::Image::fromPixels(noise)), nullptr);
     }
     EXPECT_EQ(ImageStampCollection::problems().size(), 1);
     EXPECT_TRUE(m_log.contains(u"Unable to copy image %1 to user Application"_qs.arg(key(image))));

@@ -2,11 +2,14 @@
 #include "support/PdfSamples.h"
 #include "support/Tools.h"
 
+#include <QPushButton>
 #include <QScrollBar>
 #include <QTemporaryDir>
 #include <QTest>
 
 #include <gtest/gtest.h>
+
+#include <sys/resource.h>
 
 using namespace inkory;
 using namespace inkory::test;
@@ -122,6 +125,54 @@ TEST_F(ShownView, ShowsThePagesContentWhereTheConversionsSay)
         EXPECT_NEAR(blue.width(), expected.width, 2.01);
         EXPECT_NEAR(blue.height(), expected.height, 2.01);
     }
+}
+
+class FailingView : public ShownView
+{
+protected:
+    QPushButton *button() const { return view.findChild<QPushButton *>(QStringLiteral("drawAgainButton")); }
+    bool isOffered() const { return button() && button()->isVisible(); }
+    bool offers() const
+    {
+        return QTest::qWaitFor([this] { return view.isContentComplete() && isOffered(); }, 10000);
+    }
+};
+
+// The third page is counted but missing.
+TEST_F(FailingView, APageThatCannotBeDrawnOffersToTryAgainWhereThereIsRoom)
+{
+    open(makePdf({{}, {}}).replace("/Count 2", "/Count 3"));
+    view.setScaleFactor(0.5);
+    view.verticalScrollBar()->setValue(view.verticalScrollBar()->maximum());
+    ASSERT_TRUE(offers());
+    const QRect place = button()->geometry();
+    const ViewRect page = view.convertRectFromPage({0, 0, 612, 792}, document.pageAtIndex(2));
+    EXPECT_NEAR(place.center().x(), page.center().x, 1);
+    EXPECT_NEAR(view.height() - place.top(), page.center().y, place.height());
+    EXPECT_TRUE(button()->accessibleName().contains(u'3'));
+    button()->setFocus();
+    QTest::keyClick(button(), Qt::Key_Return);
+    EXPECT_TRUE(!isOffered() && view.window()->focusWidget() == &view);
+    EXPECT_TRUE(offers()) << "it was tried again";
+    view.setScaleFactor(PDFView::minScaleFactor); // 61 x 79 pixels are too few
+    EXPECT_TRUE(QTest::qWaitFor([this] { return view.isContentComplete() && !isOffered(); }, 10000));
+}
+
+TEST_F(FailingView, TryingAgainDrawsAPageThatFailedForTheMoment)
+{
+    open(makePdf({{}, PageSpec{.contents = {rectangleContent(100, 600, 100, 100, "0 0 1")}}}));
+    ASSERT_TRUE(QTest::qWaitFor([this] { return view.isContentComplete(); }, 10000));
+    rlimit files = {};
+    ::getrlimit(RLIMIT_NOFILE, &files);
+    const rlimit none{3, files.rlim_max};
+    ::setrlimit(RLIMIT_NOFILE, &none); // no helper can be started, no memory be shared
+    view.goToPage(1);
+    const bool isOfferedNow = offers();
+    ::setrlimit(RLIMIT_NOFILE, &files);
+    ASSERT_TRUE(isOfferedNow);
+    button()->click();
+    EXPECT_TRUE(QTest::qWaitFor(
+        [this] { return !findInkBounds(view.viewport()->grab().toImage(), Qt::blue).isEmpty(); }, 10000));
 }
 
 } // namespace

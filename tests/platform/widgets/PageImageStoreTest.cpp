@@ -60,6 +60,21 @@ TEST_F(PageImages, WhatTheLastFrameShowedIsNotDropped)
         EXPECT_NE(store.piece(*document.pageAtIndex(page), 3.3, whole), nullptr) << page;
 }
 
+TEST_F(PageImages, APageThatFailedIsTriedAgainOnlyWhenThatIsWanted)
+{
+    open(makePdf({{}}).replace("/Count 1", "/Count 2")); // the second one is missing
+    const PDFPage &page = *document.pageAtIndex(1);
+    const QRect needed(0, 0, 100, 100);
+    for (const bool isWanted : {true, false, true}) {
+        if (isWanted)
+            store.retry(page);
+        EXPECT_NE(store.hasFailed(page, 1, needed), isWanted);
+        EXPECT_EQ(store.piece(page, 1, needed), nullptr);
+        EXPECT_EQ(store.isBusy(), isWanted);
+        EXPECT_TRUE(QTest::qWaitFor([&] { return !store.isBusy(); }, 10000));
+    }
+}
+
 TEST_F(PageImages, GoingToAPageChoosesItAlsoWhereNothingScrolls)
 {
     open(makePdf({PageSpec{.mediaBox = "0 0 300 100"}, PageSpec{.mediaBox = "0 0 300 100"},

@@ -1,0 +1,232 @@
+#include "platform/pdf/EngineChannel.h"
+
+#include "platform/core/Log.h"
+
+#include <QCoreApplication>
+#include <QSocketNotifier>
+#include <QTimer>
+
+#include <algorithm>
+#include <cstring>
+#include <utility>
+
+#include <poll.h>
+#include <systemd/sd-bus.h>
+#include <unistd.h>
+
+namespace inkory
+{
+
+namespace
+{
+
+constexpr int watchMilliseconds = 100;
+constexpr int mostStepsAtOnce = 50;
+
+} // namespace
+
+void EngineChannel::BusDeleter::operator()(sd_bus *bus) const
+{
+    sd_bus_close_unref(bus);
+}
+
+void EngineChannel::LaterDeleter::operator()(QObject *object) const
+{
+    object->disconnect();
+    if (auto *notifier = qobject_cast<QSocketNotifier *>(object))
+        notifier->setEnabled(false);
+    object->deleteLater();
+}
+
+void EngineChannel::SlotDeleter::operator()(sd_bus_slot *slot) const
+{
+    sd_bus_slot_unref(slot);
+}
+
+EngineChannel::EngineChannel(std::unique_ptr<EngineProcess> process) : m_process(std::move(process)) {}
+
+EngineChannel::~EngineChannel() = default;
+
+Result<std::unique_ptr<EngineChannel>> EngineChannel::start(EngineKind kind)
+{
+    auto process = EngineProcess::start(kind);
+    if (!process)
+        return process.error();
+    std::unique_ptr<EngineChannel> channel(new EngineChannel(std::move(*process)));
+    if (!channel->connect()) {
+        logLine(QStringLiteral("no connection to a helper process could be made"));
+        return Error{QCoreApplication::translate("EngineProcess", "There is not enough memory to read the file.")};
+    }
+    return channel;
+}
+
+bool EngineChannel::connect()
+{
+    auto control = SharedMemory::create(sizeof(EngineControl));
+    sd_bus *bus = nullptr;
+    const int socket = m_process->takeSocket();
+    if (!control || sd_bus_new(&bus) < 0) {
+        ::close(socket);
+        return false;
+    }
+    m_control = *control;
+    m_bus.reset(bus);
+    if (sd_bus_set_fd(bus, socket, socket) < 0) {
+        ::close(socket);
+        return false;
+    }
+    if (sd_bus_negotiate_fds(bus, 1) < 0 || sd_bus_set_anonymous(bus, 1) < 0 || sd_bus_start(bus) < 0)
+        return false;
+    const BusMessage attach = newCall(engineBus::attach);
+    return attach && append(attach.get(), BlockMessage{m_control->descriptor(), m_control->size()}) &&
+           sd_bus_message_set_expect_reply(attach.get(), 0) >= 0 && sd_bus_send(bus, attach.get(), nullptr) >= 0;
+}
+
+BusMessage EngineChannel::newCall(const char *method)
+{
+    sd_bus_message *message = nullptr;
+    if (m_bus)
+        sd_bus_message_new_method_call(m_bus.get(), &message, nullptr, engineBus::path, engineBus::interface, method);
+    return BusMessage(message);
+}
+
+bool EngineChannel::begin(BusMessage message, Limits limits)
+{
+    m_answer.reset();
+    m_limits = limits;
+    m_elapsed.start();
+    m_cpuBefore = m_process ? m_process->cpuMilliseconds() : 0;
+    const auto received = [](sd_bus_message *reply, void *channel, sd_bus_error *) {
+        // The helper answers no call with an error: that says that the connection is gone, or the helper mad.
+        const bool isError = sd_bus_message_is_method_error(reply, nullptr) != 0;
+        static_cast<EngineChannel *>(channel)->m_answer =
+            isError ? Answer{static_cast<EngineChannel *>(channel)->deathBefore(), {}}
+                    : Answer{Ending::Answered, BusMessage(sd_bus_message_ref(reply))};
+        return 1;
+    };
+    sd_bus_slot *slot = nullptr;
+    if (!m_process || !message || sd_bus_call_async(m_bus.get(), &slot, message.get(), received, this, UINT64_MAX) < 0)
+        return false;
+    m_slot.reset(slot);
+    return true;
+}
+
+// Handles what has arrived, up to the answer; not for ever, whatever the helper sends.
+void EngineChannel::pump()
+{
+    for (int i = 0; i < mostStepsAtOnce && m_bus && !m_answer; ++i) {
+        const int status = sd_bus_process(m_bus.get(), nullptr);
+        if (status == 0)
+            return;
+        if (status < 0 && !m_answer)
+            m_answer = Answer{deathBefore(), {}};
+    }
+}
+
+bool EngineChannel::hasOverrun()
+{
+    return m_elapsed.elapsed() > m_limits.wallMilliseconds ||
+           m_process->cpuMilliseconds() - m_cpuBefore > m_limits.cpuMilliseconds;
+}
+
+void EngineChannel::end(Ending ending)
+{
+    m_answer = Answer{ending, {}};
+    kill();
+}
+
+void EngineChannel::kill()
+{
+    m_readable.reset();
+    m_writable.reset();
+    m_watchdog.reset();
+    m_done = nullptr;
+    m_slot.reset();
+    m_process.reset();
+    m_bus.reset();
+}
+
+// What the end of the connection means.
+EngineChannel::Ending EngineChannel::deathBefore() const
+{
+    const auto *control = reinterpret_cast<EngineControl *>(m_control->data());
+    return std::atomic_ref<const quint32>(control->isReady).load() != 0 ? Ending::Died : Ending::NotStarted;
+}
+
+EngineChannel::Answer EngineChannel::call(BusMessage message, Limits limits, const std::atomic<bool> *givenUp)
+{
+    if (!begin(std::move(message), limits))
+        end(Ending::Died);
+    while (!m_answer) {
+        pump();
+        if (m_answer)
+            break;
+        if (givenUp && *givenUp)
+            end(Ending::GivenUp);
+        else if (hasOverrun())
+            end(Ending::Overran);
+        else if (sd_bus_wait(m_bus.get(), quint64(watchMilliseconds) * 1000) < 0)
+            end(Ending::Died);
+    }
+    m_slot.reset();
+    Answer answer = std::move(*std::exchange(m_answer, std::nullopt));
+    if (answer.ending != Ending::Answered)
+        kill();
+    return answer;
+}
+
+void EngineChannel::send(BusMessage message, Limits limits, Done done)
+{
+    if (!m_watchdog) {
+        m_watchdog.reset(new QTimer);
+        QObject::connect(m_watchdog.get(), &QTimer::timeout, m_watchdog.get(), [this] { watch(); });
+    }
+    if (!m_readable && m_bus) {
+        const int socket = sd_bus_get_fd(m_bus.get());
+        m_readable.reset(new QSocketNotifier(socket, QSocketNotifier::Read));
+        m_writable.reset(new QSocketNotifier(socket, QSocketNotifier::Write));
+        for (QSocketNotifier *notifier : {m_readable.get(), m_writable.get()})
+            QObject::connect(notifier, &QSocketNotifier::activated, notifier, [this] { watch(); });
+    }
+    m_done = std::move(done);
+    if (!begin(std::move(message), limits))
+        m_answer = Answer{};
+    // An answer that is there already is given from the event loop, too.
+    m_watchdog->start(m_answer ? 0 : watchMilliseconds);
+    if (m_writable)
+        m_writable->setEnabled(true);
+}
+
+void EngineChannel::watch()
+{
+    pump();
+    if (m_writable)
+        m_writable->setEnabled(m_bus && (sd_bus_get_events(m_bus.get()) & POLLOUT) != 0);
+    if (m_done && !m_answer && hasOverrun())
+        m_answer = Answer{Ending::Overran, {}};
+    if (m_answer)
+        finishSent();
+}
+
+void EngineChannel::finishSent()
+{
+    m_watchdog->stop();
+    m_slot.reset();
+    Answer answer = std::move(*std::exchange(m_answer, std::nullopt));
+    const Done done = std::exchange(m_done, nullptr);
+    if (answer.ending == Ending::Answered) {
+        if (done)
+            done(std::move(answer));
+        return;
+    }
+    kill();
+    if (done)
+        done(std::move(answer));
+}
+
+void EngineChannel::cancelJob(quint32 job)
+{
+    std::atomic_ref(reinterpret_cast<EngineControl *>(m_control->data())->cancelledJob).store(job);
+}
+
+} // namespace inkory

@@ -1,0 +1,438 @@
+#include "platform/pdf/EngineMessages.h"
+
+#include "platform/core/SharedMemory.h"
+
+#include <algorithm>
+#include <cmath>
+#include <limits>
+#include <span>
+
+#include <systemd/sd-bus.h>
+
+namespace inkory
+{
+
+namespace
+{
+
+constexpr const char *documentSignature = "hxay";
+constexpr int numbersPerPage = 9;
+constexpr int numbersPerImage = 5;
+constexpr std::size_t mostImages = 100'000;
+
+bool appended(int status)
+{
+    return status >= 0;
+}
+
+// A container of fixed-size values. Types: 'd' for double, 'i' for qint32, 'x' for qint64, 'y' for bytes.
+template <class T> bool appendArray(sd_bus_message *message, char type, const std::vector<T> &values)
+{
+    return appended(sd_bus_message_append_array(message, type, values.data(), values.size() * sizeof(T)));
+}
+
+template <class T> bool readArray(sd_bus_message *message, char type, std::span<const T> &values)
+{
+    const void *data = nullptr;
+    std::size_t size = 0;
+    if (sd_bus_message_read_array(message, type, &data, &size) < 0)
+        return false;
+    values = {static_cast<const T *>(data), size / sizeof(T)};
+    return true;
+}
+
+bool isMessageOf(sd_bus_message *message, const char *signature)
+{
+    return sd_bus_message_has_signature(message, signature) > 0;
+}
+
+template <class Enum> std::optional<Enum> enumFromInt(qint32 value)
+{
+    if (value < 0 || value > static_cast<qint32>(Enum::Last))
+        return std::nullopt;
+    return static_cast<Enum>(value);
+}
+
+bool isWithin(double value, double limit)
+{
+    return std::isfinite(value) && std::abs(value) <= limit;
+}
+
+std::vector<double> numbersOf(const std::vector<PageGeometry> &pages)
+{
+    std::vector<double> numbers;
+    numbers.reserve(pages.size() * numbersPerPage);
+    for (const PageGeometry &page : pages) {
+        for (const PageRect &box : {page.mediaBox, page.cropBox})
+            numbers.insert(numbers.end(), {box.x, box.y, box.width, box.height});
+        numbers.push_back(page.rotation);
+    }
+    return numbers;
+}
+
+bool isBox(const PageRect &box)
+{
+    constexpr double farthest = 2e9;
+    return isWithin(box.x, farthest) && isWithin(box.y, farthest) && box.width > 0 && box.height > 0 &&
+           box.width <= maxPageSide && box.height <= maxPageSide;
+}
+
+std::optional<std::vector<PageGeometry>> pagesFrom(std::span<const double> numbers)
+{
+    if (numbers.size() % numbersPerPage != 0 || numbers.size() / numbersPerPage > maxPageCount)
+        return std::nullopt;
+    std::vector<PageGeometry> pages;
+    pages.reserve(numbers.size() / numbersPerPage);
+    for (std::size_t i = 0; i < numbers.size(); i += numbersPerPage) {
+        const auto n = numbers.subspan(i, numbersPerPage);
+        PageGeometry page{{n[0], n[1], n[2], n[3]}, {n[4], n[5], n[6], n[7]}, 0};
+        if (!isBox(page.mediaBox) || !isBox(page.cropBox) || !isWithin(n[8], 270) ||
+            normalizedRotation(static_cast<int>(n[8])) != n[8])
+            return std::nullopt;
+        page.rotation = static_cast<int>(n[8]);
+        pages.push_back(page);
+    }
+    return pages;
+}
+
+bool appendStructure(sd_bus_message *message, const FileStructure &structure)
+{
+    return appended(sd_bus_message_append(message, "ib", static_cast<qint32>(structure.problem),
+                                          static_cast<int>(structure.isRepaired))) &&
+           appendArray(message, 'd', numbersOf(structure.pages));
+}
+
+std::optional<FileStructure> readStructure(sd_bus_message *message)
+{
+    qint32 problem = 0;
+    int isRepaired = 0;
+    std::span<const double> numbers;
+    if (sd_bus_message_read(message, "ib", &problem, &isRepaired) < 0 || !readArray(message, 'd', numbers))
+        return std::nullopt;
+    const auto known = enumFromInt<WriteProblem>(problem);
+    auto pages = pagesFrom(numbers);
+    if (!known || !pages)
+        return std::nullopt;
+    return FileStructure{*known, isRepaired != 0, std::move(*pages)};
+}
+
+bool appendDocument(sd_bus_message *message, const DocumentMessage &document)
+{
+    (void)sd_bus_message_sensitive(message); // wiped when it is freed: it holds the password
+    return appended(sd_bus_message_append(message, "hx", document.descriptor, static_cast<int64_t>(document.size))) &&
+           appended(sd_bus_message_append_array(message, 'y', document.password.data(),
+                                                static_cast<std::size_t>(document.password.size())));
+}
+
+std::optional<DocumentMessage> readDocumentPart(sd_bus_message *message)
+{
+    (void)sd_bus_message_sensitive(message);
+    DocumentMessage document;
+    int64_t size = 0;
+    std::span<const char> password;
+    if (sd_bus_message_read(message, "hx", &document.descriptor, &size) < 0 || size <= 0 ||
+        !readArray(message, 'y', password))
+        return std::nullopt;
+    document.size = size;
+    document.password = SecretBytes(QByteArray(password.data(), static_cast<qsizetype>(password.size())));
+    return document;
+}
+
+std::optional<std::vector<WritePage>> writePagesFrom(std::span<const qint32> whole, std::span<const double> origins)
+{
+    if (whole.size() % 3 != 0 || origins.size() % 2 != 0 || whole.size() / 3 != origins.size() / 2 ||
+        whole.size() / 3 > maxPageCount)
+        return std::nullopt;
+    std::vector<WritePage> pages;
+    for (std::size_t i = 0; i < whole.size() / 3; ++i)
+        pages.push_back(
+            {whole[3 * i], whole[3 * i + 1], whole[3 * i + 2], PagePoint{origins[2 * i], origins[2 * i + 1]}});
+    return pages;
+}
+
+std::optional<QImage::Format> pixelFormat(qint64 value)
+{
+    for (const QImage::Format format : {QImage::Format_Grayscale8, QImage::Format_RGB32, QImage::Format_ARGB32})
+        if (value == format)
+            return format;
+    return std::nullopt;
+}
+
+bool isImageSide(qint64 side)
+{
+    constexpr qint64 longest = 32'767;
+    return side > 0 && side <= longest;
+}
+
+// Whether the part lies in the payload, behind the overlays.
+bool isInPayload(const WriteMessage &write, const WriteMessage::ImagePart &part)
+{
+    const qint64 length = part.jpegSize > 0 ? part.jpegSize : imageBytes(part.pixelSize, part.format);
+    return part.jpegSize >= 0 && part.offset >= write.overlaysSize && part.offset <= write.payload.size &&
+           length <= write.payload.size - part.offset;
+}
+
+bool readImageParts(std::span<const qint64> numbers, WriteMessage &write)
+{
+    if (numbers.size() % numbersPerImage != 0 || numbers.size() / numbersPerImage > mostImages)
+        return false;
+    for (std::size_t i = 0; i < numbers.size(); i += numbersPerImage) {
+        const auto n = numbers.subspan(i, numbersPerImage);
+        const auto format = pixelFormat(n[2]);
+        if (!isImageSide(n[0]) || !isImageSide(n[1]) || !format)
+            return false;
+        const WriteMessage::ImagePart part{QSize(static_cast<int>(n[0]), static_cast<int>(n[1])), *format, n[3], n[4]};
+        if (!isInPayload(write, part))
+            return false;
+        write.images.push_back(part);
+    }
+    return true;
+}
+
+} // namespace
+
+void BusMessageDeleter::operator()(sd_bus_message *message) const
+{
+    sd_bus_message_unref(message);
+}
+
+bool append(sd_bus_message *message, const BlockMessage &block)
+{
+    return appended(sd_bus_message_append(message, "hx", block.descriptor, static_cast<int64_t>(block.size)));
+}
+
+std::optional<BlockMessage> readBlock(sd_bus_message *message)
+{
+    BlockMessage block;
+    int64_t size = 0;
+    if (!isMessageOf(message, "hx") || sd_bus_message_read(message, "hx", &block.descriptor, &size) < 0 || size <= 0)
+        return std::nullopt;
+    block.size = size;
+    return block;
+}
+
+bool append(sd_bus_message *message, const DocumentMessage &document)
+{
+    return appendDocument(message, document);
+}
+
+std::optional<DocumentMessage> readDocument(sd_bus_message *message)
+{
+    return isMessageOf(message, documentSignature) ? readDocumentPart(message) : std::nullopt;
+}
+
+bool append(sd_bus_message *message, const OpenMessage &open)
+{
+    return appendDocument(message, open.document) &&
+           appended(sd_bus_message_append(message, "b", static_cast<int>(open.isRepairedFirst)));
+}
+
+std::optional<OpenMessage> readOpen(sd_bus_message *message)
+{
+    if (!isMessageOf(message, "hxayb"))
+        return std::nullopt;
+    auto document = readDocumentPart(message);
+    int isRepairedFirst = 0;
+    if (!document || sd_bus_message_read(message, "b", &isRepairedFirst) < 0)
+        return std::nullopt;
+    return OpenMessage{std::move(*document), isRepairedFirst != 0};
+}
+
+bool append(sd_bus_message *message, const OpenReply &reply)
+{
+    return appended(sd_bus_message_append(message, "ibidd", static_cast<qint32>(reply.problem),
+                                          static_cast<int>(reply.isRepaired), reply.pageCount,
+                                          reply.firstPageSize.width(), reply.firstPageSize.height()));
+}
+
+std::optional<OpenReply> readOpenReply(sd_bus_message *message)
+{
+    qint32 problem = 0;
+    int isRepaired = 0;
+    qint32 pageCount = 0;
+    double width = 0;
+    double height = 0;
+    if (!isMessageOf(message, "ibidd") ||
+        sd_bus_message_read(message, "ibidd", &problem, &isRepaired, &pageCount, &width, &height) < 0)
+        return std::nullopt;
+    const auto known = enumFromInt<OpenProblem>(problem);
+    if (!known)
+        return std::nullopt;
+    if (*known != OpenProblem::None)
+        return OpenReply{*known, false, 0, {}};
+    const auto isSide = [](double side) { return side >= 1 && side <= maxPageSide; };
+    if (pageCount < 1 || pageCount > maxPageCount || !isSide(width) || !isSide(height))
+        return std::nullopt;
+    return OpenReply{*known, isRepaired != 0, pageCount, QSizeF(width, height)};
+}
+
+bool append(sd_bus_message *message, const DrawMessage &draw)
+{
+    const DrawRequest &request = draw.request;
+    return appended(sd_bus_message_append(message, "uiidiiii", draw.job, request.page, request.extraQuarterTurns,
+                                          request.scale, request.region.x(), request.region.y(), request.region.width(),
+                                          request.region.height())) &&
+           append(message, draw.target);
+}
+
+std::optional<DrawMessage> readDraw(sd_bus_message *message)
+{
+    DrawMessage draw;
+    DrawRequest &request = draw.request;
+    qint32 x = 0;
+    qint32 y = 0;
+    qint32 width = 0;
+    qint32 height = 0;
+    int64_t size = 0;
+    if (!isMessageOf(message, "uiidiiiihx") ||
+        sd_bus_message_read(message, "uiidiiiihx", &draw.job, &request.page, &request.extraQuarterTurns, &request.scale,
+                            &x, &y, &width, &height, &draw.target.descriptor, &size) < 0)
+        return std::nullopt;
+    const auto isReachable = [](qint32 value) {
+        return std::abs(qint64(value)) <= std::numeric_limits<int>::max() / 2;
+    };
+    if (!isReachable(x) || !isReachable(y) || width <= 0 || height <= 0)
+        return std::nullopt;
+    request.region = QRect(x, y, width, height);
+    draw.target.size = size;
+    if (!isDrawable(request) || size != imageBytes(request.region.size(), QImage::Format_RGB32))
+        return std::nullopt;
+    return draw;
+}
+
+bool append(sd_bus_message *message, bool answer)
+{
+    return appended(sd_bus_message_append(message, "b", static_cast<int>(answer)));
+}
+
+std::optional<bool> readBool(sd_bus_message *message)
+{
+    int answer = 0;
+    if (!isMessageOf(message, "b") || sd_bus_message_read(message, "b", &answer) < 0)
+        return std::nullopt;
+    return answer != 0;
+}
+
+bool append(sd_bus_message *message, const Survey &survey)
+{
+    std::vector<double> sizes;
+    sizes.reserve(survey.drawnSizes.size() * 2);
+    for (const QSizeF &size : survey.drawnSizes)
+        sizes.insert(sizes.end(), {size.width(), size.height()});
+    return appendStructure(message, survey.structure) && appendArray(message, 'd', sizes);
+}
+
+std::optional<Survey> readSurvey(sd_bus_message *message)
+{
+    if (!isMessageOf(message, "ibadad"))
+        return std::nullopt;
+    auto structure = readStructure(message);
+    std::span<const double> numbers;
+    if (!structure || !readArray(message, 'd', numbers) || numbers.size() % 2 != 0 ||
+        numbers.size() / 2 > maxPageCount ||
+        !std::all_of(numbers.begin(), numbers.end(), [](double number) { return std::isfinite(number); }))
+        return std::nullopt;
+    Survey survey{std::move(*structure), {}};
+    for (std::size_t i = 0; i < numbers.size(); i += 2)
+        survey.drawnSizes.emplace_back(numbers[i], numbers[i + 1]);
+    return survey;
+}
+
+bool append(sd_bus_message *message, const WriteMessage &write)
+{
+    std::vector<qint32> whole;
+    std::vector<double> origins;
+    for (const WritePage &page : write.pages) {
+        whole.insert(whole.end(), {page.sourcePage, page.rotation, page.overlayPage});
+        origins.insert(origins.end(), {page.overlayOrigin.x, page.overlayOrigin.y});
+    }
+    std::vector<qint64> images;
+    for (const WriteMessage::ImagePart &part : write.images)
+        images.insert(images.end(),
+                      {part.pixelSize.width(), part.pixelSize.height(), part.format, part.offset, part.jpegSize});
+    return appendDocument(message, write.document) && appendArray(message, 'i', whole) &&
+           appendArray(message, 'd', origins) && append(message, write.payload) &&
+           appended(sd_bus_message_append(message, "x", static_cast<int64_t>(write.overlaysSize))) &&
+           appendArray(message, 'x', images) && appended(sd_bus_message_append(message, "h", write.outputDescriptor));
+}
+
+std::optional<WriteMessage> readWrite(sd_bus_message *message)
+{
+    if (!isMessageOf(message, "hxayaiadhxxaxh"))
+        return std::nullopt;
+    auto document = readDocumentPart(message);
+    std::span<const qint32> whole;
+    std::span<const double> origins;
+    if (!document || !readArray(message, 'i', whole) || !readArray(message, 'd', origins))
+        return std::nullopt;
+    auto pages = writePagesFrom(whole, origins);
+    if (!pages)
+        return std::nullopt;
+    WriteMessage write{std::move(*document), std::move(*pages), {}, 0, {}, -1};
+    int64_t payloadSize = 0;
+    int64_t overlaysSize = 0;
+    std::span<const qint64> images;
+    if (sd_bus_message_read(message, "hxx", &write.payload.descriptor, &payloadSize, &overlaysSize) < 0 ||
+        overlaysSize < 0 || overlaysSize > payloadSize)
+        return std::nullopt;
+    write.payload.size = payloadSize;
+    write.overlaysSize = overlaysSize;
+    if (!readArray(message, 'x', images) || !readImageParts(images, write) ||
+        sd_bus_message_read(message, "h", &write.outputDescriptor) < 0)
+        return std::nullopt;
+    return write;
+}
+
+bool append(sd_bus_message *message, const WriteReply &reply)
+{
+    return appended(
+        sd_bus_message_append(message, "ix", static_cast<qint32>(reply.problem), static_cast<int64_t>(reply.size)));
+}
+
+std::optional<WriteReply> readWriteReply(sd_bus_message *message)
+{
+    qint32 problem = 0;
+    int64_t size = 0;
+    if (!isMessageOf(message, "ix") || sd_bus_message_read(message, "ix", &problem, &size) < 0)
+        return std::nullopt;
+    const auto known = enumFromInt<WriteProblem>(problem);
+    if (!known || size < 0 || (*known == WriteProblem::None) != (size > 0))
+        return std::nullopt;
+    return WriteReply{*known, size};
+}
+
+bool append(sd_bus_message *message, const ImageReply &reply)
+{
+    return appended(sd_bus_message_append(message, "iiiiddx", static_cast<qint32>(reply.problem),
+                                          reply.pixelSize.width(), reply.pixelSize.height(),
+                                          static_cast<qint32>(reply.format), reply.size.width(), reply.size.height(),
+                                          static_cast<int64_t>(reply.jpegSize)));
+}
+
+std::optional<ImageReply> readImageReply(sd_bus_message *message)
+{
+    qint32 problem = 0;
+    qint32 width = 0;
+    qint32 height = 0;
+    qint32 format = 0;
+    QSizeF size;
+    int64_t jpegSize = 0;
+    if (!isMessageOf(message, "iiiiddx") || sd_bus_message_read(message, "iiiiddx", &problem, &width, &height, &format,
+                                                                &size.rwidth(), &size.rheight(), &jpegSize) < 0)
+        return std::nullopt;
+    const auto known = enumFromInt<ImageProblem>(problem);
+    if (!known)
+        return std::nullopt;
+    if (*known != ImageProblem::None)
+        return ImageReply{*known, QSize(width, height), QImage::Format_Invalid, {}, 0};
+    constexpr double longest = 1e7; // of 32,767 pixels at 10 dpi, with room
+    constexpr qint64 mostJpegBytes = 256LL << 20;
+    const auto isLength = [](double length) { return length > 0 && length <= longest; };
+    const auto pixels = pixelFormat(format);
+    if (!isImageSide(width) || !isImageSide(height) || !pixels || !isLength(size.width()) || !isLength(size.height()) ||
+        jpegSize < 0 || jpegSize > mostJpegBytes)
+        return std::nullopt;
+    return ImageReply{*known, QSize(width, height), *pixels, size, jpegSize};
+}
+
+} // namespace inkory

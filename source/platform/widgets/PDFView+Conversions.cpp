@@ -1,0 +1,137 @@
+// Where pages stand in the view, and the way from one space to another.
+
+#include "platform/widgets/PDFView.h"
+
+#include <QScrollBar>
+
+#include <algorithm>
+#include <cmath>
+
+namespace inkory
+{
+
+QPointF PDFView::documentOrigin() const
+{
+    const QSizeF document = m_layout.documentSize();
+    const QSize shown = viewport()->size();
+    const double x = document.width() <= shown.width() ? std::floor((shown.width() - document.width()) / 2)
+                                                       : -horizontalScrollBar()->value();
+    const double y = document.height() <= shown.height() ? std::floor((shown.height() - document.height()) / 2)
+                                                         : -verticalScrollBar()->value();
+    return {x, y};
+}
+
+QRectF PDFView::pageRectInWidget(int pageIndex) const
+{
+    return m_layout.pageRect(pageIndex).translated(documentOrigin());
+}
+
+std::vector<int> PDFView::visiblePages() const
+{
+    std::vector<int> indices;
+    for (int i = std::max(0, m_layout.nearestPage(-documentOrigin().y())); i < m_layout.pageCount(); ++i) {
+        const QRectF rect = pageRectInWidget(i);
+        if (rect.top() > viewport()->height())
+            break;
+        if (rect.intersects(viewport()->rect()))
+            indices.push_back(i);
+    }
+    return indices;
+}
+
+QRect PDFView::visiblePart(int pageIndex) const
+{
+    return pageRectInWidget(pageIndex).toAlignedRect() & viewport()->rect();
+}
+
+double PDFView::pixelsPerPoint() const
+{
+    return m_scaleFactor * viewport()->devicePixelRatioF();
+}
+
+QTransform PDFView::widgetTransform(int pageIndex) const
+{
+    const PDFPage *page = m_document->pageAtIndex(pageIndex);
+    const QPointF corner = pageRectInWidget(pageIndex).topLeft();
+    return page->shownTransform() * QTransform::fromScale(m_scaleFactor, m_scaleFactor) *
+           QTransform::fromTranslate(corner.x(), corner.y());
+}
+
+QTransform PDFView::viewTransform(const PDFPage *page) const
+{
+    const int index = m_document ? m_document->indexForPage(page) : -1;
+    if (index < 0 || index >= m_layout.pageCount())
+        return {};
+    return widgetTransform(index) * QTransform(1, 0, 0, -1, 0, height());
+}
+
+ViewRect PDFView::convertRectFromPage(const PageRect &rect, const PDFPage *page) const
+{
+    return fromQRectF<ViewSpace>(viewTransform(page).mapRect(toQRectF(rect)));
+}
+
+PageRect PDFView::convertRectToPage(const ViewRect &rect, const PDFPage *page) const
+{
+    return fromQRectF<PageSpace>(viewTransform(page).inverted().mapRect(toQRectF(rect)));
+}
+
+ViewPoint PDFView::convertPointFromPage(const PagePoint &point, const PDFPage *page) const
+{
+    const QPointF mapped = viewTransform(page).map(QPointF(point.x, point.y));
+    return {mapped.x(), mapped.y()};
+}
+
+PagePoint PDFView::convertPointToPage(const ViewPoint &point, const PDFPage *page) const
+{
+    const QPointF mapped = viewTransform(page).inverted().map(QPointF(point.x, point.y));
+    return {mapped.x(), mapped.y()};
+}
+
+OverlayRect PDFView::convertRectToOverlay(const ViewRect &rect) const
+{
+    return {rect.x, height() - rect.maxY(), rect.width, rect.height};
+}
+
+ViewRect PDFView::convertRectFromOverlay(const OverlayRect &rect) const
+{
+    return {rect.x, height() - rect.maxY(), rect.width, rect.height};
+}
+
+ViewPoint PDFView::convertPointFromWindow(const WindowPoint &point) const
+{
+    const QPointF local = mapFrom(window(), QPointF(point.x, point.y));
+    return {local.x(), height() - local.y()};
+}
+
+ViewRect PDFView::viewBounds() const
+{
+    return {0, 0, static_cast<double>(width()), static_cast<double>(height())};
+}
+
+ViewRect PDFView::visibleRect() const
+{
+    const QSize shown = viewport()->size();
+    return {0, static_cast<double>(height() - shown.height()), static_cast<double>(shown.width()),
+            static_cast<double>(shown.height())};
+}
+
+ViewRect PDFView::documentViewFrame() const
+{
+    if (m_layout.pageCount() == 0)
+        return {};
+    const QPointF origin = documentOrigin();
+    const QSizeF size = m_layout.documentSize();
+    return {origin.x(), height() - origin.y() - size.height(), size.width(), size.height()};
+}
+
+PDFPage *PDFView::pageForPoint(const ViewPoint &point, PageSearch search) const
+{
+    if (!m_document)
+        return nullptr;
+    const QPointF inDocument = QPointF(point.x, height() - point.y) - documentOrigin();
+    const int index =
+        search == PageSearch::Nearest ? m_layout.nearestPage(inDocument.y()) : m_layout.pageAt(inDocument);
+    return m_document->pageAtIndex(index);
+}
+
+} // namespace inkory

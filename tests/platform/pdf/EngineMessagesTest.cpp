@@ -1,0 +1,103 @@
+#include "platform/pdf/EngineMessages.h"
+
+#include <gtest/gtest.h>
+
+#include <array>
+#include <limits>
+
+#include <sys/socket.h>
+#include <systemd/sd-bus.h>
+#include <unistd.h>
+
+using namespace inkory;
+
+namespace
+{
+
+/// A connection that nobody answers: enough to make messages.
+class EngineMessages : public ::testing::Test
+{
+protected:
+    EngineMessages()
+    {
+        std::array<int, 2> ends{};
+        EXPECT_EQ(socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, ends.data()), 0);
+        sd_bus_new(&m_bus);
+        sd_bus_set_fd(m_bus, ends[0], ends[0]);
+        sd_bus_negotiate_fds(m_bus, 1);
+        sd_bus_start(m_bus);
+        m_otherEnd = ends[1];
+    }
+    ~EngineMessages() override
+    {
+        sd_bus_close_unref(m_bus);
+        ::close(m_otherEnd);
+    }
+
+    template <class Value> BusMessage sent(const Value &value)
+    {
+        sd_bus_message *message = nullptr;
+        sd_bus_message_new_method_call(m_bus, &message, nullptr, engineBus::path, engineBus::interface, "Any");
+        EXPECT_TRUE(append(message, value));
+        EXPECT_GE(sd_bus_message_seal(message, 1, 0), 0);
+        EXPECT_GE(sd_bus_message_rewind(message, 1), 0);
+        return BusMessage(message);
+    }
+
+    sd_bus *m_bus = nullptr;
+    int m_otherEnd = -1;
+};
+
+TEST_F(EngineMessages, ComeThroughAsTheyWereSent)
+{
+    const PageGeometry page{{-10, 5, 300, 400}, {0, 10, 200, 300}, 270};
+    const BusMessage survey =
+        sent(Survey{{WriteProblem::ChangesForbidden, true, {page, PageGeometry()}}, {{612.5, 0}}});
+    const auto surveyed = readSurvey(survey.get());
+    ASSERT_TRUE(surveyed);
+    EXPECT_EQ(surveyed->structure.problem, WriteProblem::ChangesForbidden);
+    EXPECT_TRUE(surveyed->structure.isRepaired);
+    EXPECT_EQ(surveyed->structure.pages, (std::vector<PageGeometry>{page, PageGeometry()}));
+    EXPECT_EQ(surveyed->drawnSizes, std::vector<QSizeF>{QSizeF(612.5, 0)});
+
+    WriteMessage write{{0, 7, SecretBytes("secret")}, {{3, 90, 0, {1.5, -2}}}, {0, 1000}, 100, {}, 0};
+    write.images = {{{10, 20}, QImage::Format_ARGB32, 200, 0}, {{9, 9}, QImage::Format_RGB32, 100, 55}};
+    const BusMessage written = sent(write);
+    const auto read = readWrite(written.get());
+    ASSERT_TRUE(read);
+    EXPECT_EQ(QByteArray(read->document.password.data()), "secret");
+    EXPECT_EQ(read->pages, write.pages);
+    EXPECT_EQ(read->images[0].offset, 200);
+    EXPECT_EQ(read->images[1].jpegSize, 55);
+    EXPECT_EQ(read->overlaysSize, 100);
+}
+
+TEST_F(EngineMessages, AreRefusedWithValuesThatTheTypesDoNotPromise)
+{
+    const auto isOpenReply = [this](const OpenReply &reply) { return readOpenReply(sent(reply).get()).has_value(); };
+    EXPECT_TRUE(isOpenReply({OpenProblem::None, false, maxPageCount, {1, 14'400}}));
+    EXPECT_FALSE(isOpenReply({OpenProblem::None, false, maxPageCount + 1, {1, 1}}));
+    EXPECT_FALSE(isOpenReply({OpenProblem::None, false, 1, {std::numeric_limits<double>::quiet_NaN(), 1}}));
+    EXPECT_FALSE(isOpenReply({static_cast<OpenProblem>(99), false, 1, {1, 1}}));
+
+    const auto isSurvey = [this](const PageGeometry &page) {
+        return readSurvey(sent(Survey{{WriteProblem::None, false, {page}}, {}}).get()).has_value();
+    };
+    EXPECT_FALSE(isSurvey({{0, 0, 14'401, 1}, {0, 0, 1, 1}, 0}));
+    EXPECT_FALSE(isSurvey({{0, 0, 10, 10}, {0, 0, 0, 1}, 0}));
+    EXPECT_FALSE(isSurvey({{0, 0, 10, 10}, {0, 0, 10, 10}, 45}));
+
+    const auto isDraw = [this](const DrawRequest &request, qint64 size) {
+        return readDraw(sent(DrawMessage{1, request, {0, size}}).get()).has_value();
+    };
+    EXPECT_TRUE(isDraw({0, 0, 1, {0, 0, 10, 10}}, 400));
+    EXPECT_FALSE(isDraw({0, 0, 1, {0, 0, 10, 10}}, 396)) << "the buffer would be too small";
+    EXPECT_FALSE(isDraw({0, 0, 1, {0, 0, 40'000, 1}}, 160'000));
+
+    WriteMessage write{{0, 7, {}}, {}, {0, 1000}, 100, {{{10, 20}, QImage::Format_ARGB32, 201, 0}}, 0};
+    EXPECT_FALSE(readWrite(sent(write).get())) << "201 + 10 × 20 × 4 is past the payload's end";
+    EXPECT_FALSE(readBool(sent(OpenReply()).get())) << "another kind of message";
+    EXPECT_FALSE(readImageReply(sent(ImageReply{ImageProblem::None, {0, 5}, QImage::Format_RGB32, {1, 1}, 0}).get()));
+}
+
+} // namespace

@@ -1,0 +1,67 @@
+#include "tools/ProbeDocument.h"
+
+#include "V1/editing/KRPDFView.h"
+#include "V1/stamps/KRPDFPage.h"
+#include "V1/stamps/KRStamp.h"
+
+#include <QCoreApplication>
+#include <QElapsedTimer>
+#include <QEventLoop>
+#include <QFileInfo>
+
+#include <optional>
+
+using namespace inkory;
+
+bool waitUntil(const std::function<bool()> &condition, qint64 patienceMilliseconds)
+{
+    QElapsedTimer timer;
+    timer.start();
+    while (!condition() && timer.elapsed() < patienceMilliseconds)
+        QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents | QEventLoop::AllEvents, 50);
+    return condition();
+}
+
+void openAndSettle(PDFDocumentModel &model, const QString &path, const QString &password)
+{
+    (void)model.readFromURL(QUrl::fromLocalFile(QFileInfo(path).absoluteFilePath()),
+                            {}); // the state says what is wrong
+    KRPDFDocument &document = *model.pdfDoc();
+    const auto isDecided = [&] {
+        return document.state() == PDFDocument::State::Failed || document.state() == PDFDocument::State::Locked ||
+               (document.state() == PDFDocument::State::Open && document.isGeometrySettled());
+    };
+    waitUntil(isDecided);
+    if (document.state() == PDFDocument::State::Locked && !password.isEmpty()) {
+        document.unlock(password);
+        waitUntil(isDecided);
+    }
+}
+
+Result<void> stampAndSave(PDFDocumentModel &model, const ImagePtr &image, int pageIndex, QPointF centre,
+                          const QString &path)
+{
+    KRPDFDocument &document = *model.pdfDoc();
+    if (!document.canSave())
+        return Error{document.readOnlyReason() + document.message()};
+    const PDFPage *page = document.pageAtIndex(pageIndex);
+    if (!page)
+        return Error{QStringLiteral("no page %1").arg(pageIndex + 1)};
+    KRPDFView view;
+    view.awakeFromNib();
+    view.setUndoManager(&model.undoManager());
+    view.resize(800, 600);
+    view.setDocument(&document);
+    view.setStampImage(image);
+    view.goToPage(pageIndex);
+    view.addImageStampView(view.convertPointFromPage({centre.x(), centre.y()}, page));
+    if (view.stampViews().size() != 1 || view.stampViews()[0]->pdfPage() != page)
+        return Error{QStringLiteral("the stamp did not come to stand on the page")};
+
+    std::optional<Result<void>> outcome;
+    model.saveToURL(QUrl::fromLocalFile(QFileInfo(path).absoluteFilePath()),
+                    [&](const Result<void> &saved) { outcome = saved; });
+    waitUntil([&] { return outcome.has_value(); }, 400'000);
+    view.setDocument(nullptr);
+    return outcome.value_or(Error{QStringLiteral("the save did not end")});
+}
