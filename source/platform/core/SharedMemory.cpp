@@ -91,7 +91,8 @@ Result<std::shared_ptr<SharedMemory>> SharedMemory::open(int descriptor, qint64 
 
     const std::shared_ptr<SharedMemory> memory(new SharedMemory);
     memory->m_size = size;
-    memory->m_data = static_cast<uchar *>(mapped(size, PROT_READ | PROT_WRITE, MAP_SHARED, descriptor));
+    // All of it is going to be used, and fetching it page by page takes several times as long.
+    memory->m_data = static_cast<uchar *>(mapped(size, PROT_READ | PROT_WRITE, MAP_SHARED | MAP_POPULATE, descriptor));
     if (!memory->m_data)
         return mappingError(size, qt_error_string(errno));
     return memory;

@@ -1,6 +1,7 @@
 #include "platform/pdf/DrawingHelper.h"
 
 #include "platform/pdf/DocumentFile.h"
+#include "platform/pdf/ImageBufferPool.h"
 
 #include <QTimer>
 
@@ -93,7 +94,7 @@ void DrawingHelper::draw(const DrawingOrigin &origin, const DrawRequest &request
 void DrawingHelper::sendDrawing(const DrawRequest &request, const Drawn &done)
 {
     const QSize size = request.region.size();
-    auto memory = SharedMemory::create(imageBytes(size, QImage::Format_RGB32));
+    auto memory = m_buffers.take(imageBytes(size, QImage::Format_RGB32));
     BusMessage call = memory ? m_channel->newCall(engineBus::draw) : nullptr;
     if (call && !append(call.get(), DrawMessage{++m_job, request, {(*memory)->descriptor(), (*memory)->size()}}))
         call.reset();

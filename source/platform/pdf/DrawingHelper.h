@@ -16,6 +16,7 @@ namespace inkory
 {
 
 class DocumentFile;
+class ImageBufferPool;
 
 /// What the helpers of one page source open.
 struct DrawingOrigin
@@ -37,7 +38,7 @@ public:
     /// A null image if the page could not be drawn.
     using Drawn = std::function<void(Ending, const QImage &)>;
 
-    DrawingHelper() = default;
+    explicit DrawingHelper(ImageBufferPool &buffers) : m_buffers(buffers) {}
     DrawingHelper(const DrawingHelper &) = delete;
     DrawingHelper &operator=(const DrawingHelper &) = delete;
 
@@ -66,6 +67,7 @@ private:
 
     void endProcess();
 
+    ImageBufferPool &m_buffers;
     QObject m_context; // nothing is answered once it is gone
     std::unique_ptr<EngineChannel> m_channel;
     std::shared_ptr<DocumentFile> m_file; // that is open in the process

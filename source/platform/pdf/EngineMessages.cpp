@@ -295,7 +295,7 @@ std::optional<DrawMessage> readDraw(sd_bus_message *message)
         return std::nullopt;
     request.region = QRect(x, y, width, height);
     draw.target.size = size;
-    if (!isDrawable(request) || size != imageBytes(request.region.size(), QImage::Format_RGB32))
+    if (!isDrawable(request) || size < imageBytes(request.region.size(), QImage::Format_RGB32))
         return std::nullopt;
     return draw;
 }

@@ -80,7 +80,7 @@ struct DrawMessage
 {
     quint32 job = 0;
     DrawRequest request;
-    /// Where the pixels go: as many bytes as the region has in RGB32.
+    /// Where the pixels go: at least as many bytes as the region has in RGB32.
     BlockMessage target;
 };
 

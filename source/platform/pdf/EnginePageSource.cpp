@@ -1,6 +1,7 @@
 #include "platform/core/Log.h"
 #include "platform/pdf/DocumentFile.h"
 #include "platform/pdf/DrawingHelper.h"
+#include "platform/pdf/ImageBufferPool.h"
 #include "platform/pdf/PageSource.h"
 #include "platform/pdf/ProblemSentences.h"
 
@@ -95,7 +96,8 @@ private:
     DrawingOrigin m_origin;
     OpenDone m_opening;
     int m_openingAttempts = 0;
-    std::array<DrawingHelper, helperCount> m_helpers;
+    ImageBufferPool m_buffers;
+    std::array<DrawingHelper, helperCount> m_helpers{DrawingHelper(m_buffers), DrawingHelper(m_buffers)};
     std::array<Running, helperCount> m_running;
     std::map<Key, Request> m_waiting;
     QElapsedTimer m_visibleWaits; // since when the second helper would be of use
@@ -238,14 +240,13 @@ void EnginePageSource::startDrawing(std::size_t index)
 void EnginePageSource::finishDrawing(std::size_t index, Ending ending, const QImage &image)
 {
     Running running = std::exchange(m_running[index], {});
-    dispatchLater(0);
-    if (!running.request)
-        return;
     const bool died = ending == Ending::Died || ending == Ending::NotStarted;
-    if (died && ++running.request->attempts < mostAttempts) {
+    const bool isTriedAgain = running.request && died && ++running.request->attempts < mostAttempts;
+    if (isTriedAgain)
         m_waiting.emplace(running.key, std::move(*running.request));
+    dispatch(); // before the answer, so that the helper need not wait for what is done with it
+    if (isTriedAgain || !running.request)
         return;
-    }
     if (!m_hasShownPage)
         QTimer::singleShot(0, &m_context, [this] { noteFirstPage(); });
     const DrawDone done = std::move(running.request->done); // last: it may destroy this source

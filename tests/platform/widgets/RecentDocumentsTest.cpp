@@ -108,4 +108,23 @@ TEST_F(RecentDocumentsTest, UpdatesAnEntryAndKeepsWhatOthersWroteAlsoWhenCleared
     EXPECT_TRUE(recent.urls().isEmpty());
 }
 
+TEST_F(RecentDocumentsTest, AddsWhatAnEntryLacksAndLeavesAloneWhatItCannotKeep)
+{
+    const QUrl url = makeFile("a.pdf");
+    const QString address = QString::fromLatin1(url.toEncoded(QUrl::FullyEncoded));
+    writeList(listXml({QStringLiteral("<bookmark href=\"%1\"><info><metadata/></info></bookmark>").arg(address)}));
+    recent.add(url, at(2));
+    (void)list();
+    EXPECT_EQ(recent.urls(), QList<QUrl>{url});
+
+    const QByteArray nested = listXml({QStringLiteral("<bookmark href=\"x\"><bookmark href=\"y\"/></bookmark>")});
+    QByteArray unwritable = "<xbel xmlns:_=\"http://www.freedesktop.org/standards/desktop-bookmarks\"></xbel>";
+    unwritable.replace('_', '\0'); // a name to the reader, but not where it is used
+    for (const QByteArray &odd : {nested, unwritable}) {
+        writeList(odd);
+        recent.add(url, at(2));
+        EXPECT_EQ(list(), odd);
+    }
+}
+
 } // namespace inkory
