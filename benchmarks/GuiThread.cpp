@@ -1,4 +1,4 @@
-// bench_gui_thread FILE...: opens every file in a document window, scrolls, zooms and turns pages, and prints the
+// bench_gui_thread FILE...: opens every file in a document window, scrolls, zooms, stamps and saves, and prints the
 // longest time that one event kept the GUI thread, and for which file.
 
 #include "Measure.h"
@@ -7,6 +7,7 @@
 #include "V1/application/PDFDocumentModel.h"
 #include "V1/application/PDFWindowController.h"
 #include "V1/editing/KRPDFView.h"
+#include "V1/stamps/KRPDFPage.h"
 #include "tools/EventTimer.h"
 
 #include <QApplication>
@@ -34,7 +35,27 @@ void pass(qint64 milliseconds, const std::function<bool()> &done)
         QCoreApplication::processEvents(QEventLoop::AllEvents, 20);
 }
 
-void useDocument(const QString &path)
+void stampAndSave(PDFDocumentModel &model, KRPDFView &view, const QString &folder)
+{
+    QImage ink(400, 150, QImage::Format_ARGB32);
+    ink.fill(QColor(0, 0, 80, 120));
+    bool isSaved = false;
+    QMetaObject::invokeMethod(
+        &view,
+        [&] {
+            view.setStampImage(Image::fromPixels(ink));
+            view.goToPage(0);
+            const PageRect box = view.document()->pageAtIndex(0)->boundsForBox(DisplayBox::CropBox);
+            view.addImageStampView(view.convertPointFromPage({box.x + box.width / 2, box.y + box.height / 2},
+                                                             view.document()->pageAtIndex(0)));
+            model.saveToURL(QUrl::fromLocalFile(folder + QStringLiteral("/saved.pdf")),
+                            [&isSaved](const Result<void> &) { isSaved = true; });
+        },
+        Qt::QueuedConnection);
+    pass(patienceMilliseconds * 10, [&] { return isSaved; });
+}
+
+void useDocument(const QString &path, const QString &folder)
 {
     PDFDocumentModel model;
     const double reading = millisecondsOf([&] { (void)model.readFromURL(QUrl::fromLocalFile(path), {}); });
@@ -58,6 +79,8 @@ void useDocument(const QString &path)
     QMetaObject::invokeMethod(
         &view, [&] { view.flipDocument(); }, Qt::QueuedConnection);
     pass(200, [] { return false; });
+    if (document.canSave())
+        stampAndSave(model, view, folder);
 }
 
 } // namespace
@@ -75,7 +98,7 @@ int main(int argc, char **argv)
     const QStringList files = QApplication::arguments().mid(1);
     for (const QString &file : files) {
         application.reset();
-        useDocument(file);
+        useDocument(file, folder.path());
         worst = std::max(worst, application.longestMilliseconds());
         if (application.longestMilliseconds() > limitMilliseconds / 2)
             std::printf("%8.1f ms  %s  (%s)\n", application.longestMilliseconds(),

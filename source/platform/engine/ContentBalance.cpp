@@ -164,7 +164,7 @@ DecodedContent decodedContent(const QPDFObjectHandle &page)
         bool isFiltered = false;
         const bool isWhole = stream.pipeStreamData(&output, &isFiltered, 0, qpdf_dl_specialized, true);
         if (output.isFull)
-            throw std::runtime_error("a page's content is too large");
+            return {{}, false};
         content.isComplete = content.isComplete && isWhole && isFiltered;
         if (!isFiltered)
             content.bytes.resize(sizeBefore); // still encoded, in a way that viewers do not know either

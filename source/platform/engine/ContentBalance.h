@@ -35,14 +35,14 @@ std::set<std::string> namesInContent(const std::string &content);
 struct DecodedContent
 {
     std::string bytes;
-    /// False where a part could not be decoded to its end; the bytes are what came before.
+    /// False where a part could not be decoded to its end; the bytes are what came before. Also false, and without any
+    /// bytes, for content beyond 256 megabytes, which nobody but a viewer shall have to decode.
     bool isComplete = true;
 };
 
 /// The page's content streams; entries that are none are left out.
 std::vector<QPDFObjectHandle> contentStreams(const QPDFObjectHandle &page);
 
-/// Throws std::runtime_error for a page whose content is beyond 256 megabytes.
 DecodedContent decodedContent(const QPDFObjectHandle &page);
 
 } // namespace inkory
