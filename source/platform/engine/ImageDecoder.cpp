@@ -27,7 +27,6 @@ constexpr int mostMegabytesDecoded = 256;
 constexpr int mostPixelsASide = 32'767;
 constexpr qint64 mostPixels = 200'000'000;
 constexpr qint64 mostPixelsDecodedAsAWhole = 64'000'000;
-constexpr qint64 mostPixelsKept = 12'500'000; // so that what most cameras make is left alone
 
 /// 0 for a size that is not known.
 qint64 pixelCount(QSize size)
@@ -38,7 +37,7 @@ qint64 pixelCount(QSize size)
 /// The largest size of about the same proportions that need not be scaled down.
 QSize sizeKept(QSize size)
 {
-    const double factor = std::sqrt(double(mostPixelsKept) / double(pixelCount(size)));
+    const double factor = std::sqrt(double(maxImagePixels) / double(pixelCount(size)));
     return {std::max(1, int(size.width() * factor)), std::max(1, int(size.height() * factor))};
 }
 
@@ -130,7 +129,7 @@ void FileDecoder::startReading()
 ImageProblem FileDecoder::decode()
 {
     const qint64 count = pixelCount(m_statedSize);
-    m_isScaled = count > mostPixelsKept;
+    m_isScaled = count > maxImagePixels;
     if (m_isScaled)
         m_reader.setScaledSize(sizeKept(m_statedSize));
     // Once, because a process may read images on several threads.
@@ -140,7 +139,7 @@ ImageProblem FileDecoder::decode()
     if (std::max(m_pixels.width(), m_pixels.height()) > mostPixelsASide)
         return ImageProblem::TooLarge;
     m_fullSize = !m_isScaled ? m_pixels.size() : isTurned() ? m_statedSize.transposed() : m_statedSize;
-    if (pixelCount(m_pixels.size()) > mostPixelsKept) { // of a file that stated less, or nothing
+    if (pixelCount(m_pixels.size()) > maxImagePixels) { // of a file that stated less, or nothing
         m_pixels = m_pixels.scaled(sizeKept(m_pixels.size()), Qt::IgnoreAspectRatio, Qt::SmoothTransformation);
         m_isScaled = true;
     }

@@ -1,6 +1,6 @@
 #include "platform/engine/SystemCallFilter.h"
 
-#include "platform/engine/Sanitizers.h"
+#include "platform/core/Sanitizers.h"
 
 #include <array>
 #include <cerrno>

@@ -2,6 +2,8 @@
 
 #include "platform/core/DisplayText.h"
 
+#include "platform/pdf/EngineValues.h"
+
 #include <QCoreApplication>
 #include <QDir>
 #include <QFile>
@@ -11,7 +13,6 @@
 #include <algorithm>
 #include <cerrno>
 #include <cstring>
-#include <limits>
 #include <vector>
 
 #include <fcntl.h>
@@ -26,12 +27,11 @@ namespace inkory
 namespace
 {
 
-constexpr qint64 maxFileSize = std::numeric_limits<qint32>::max();
-
-QString text(const char *sentence)
+/// The sentences for the person, in the form that the translation tools look for.
+class Text
 {
-    return QCoreApplication::translate("DocumentFile", sentence);
-}
+    Q_DECLARE_TR_FUNCTIONS(DocumentFile)
+};
 
 QString systemMessage(int code)
 {
@@ -40,7 +40,7 @@ QString systemMessage(int code)
 
 Error tooLarge(const QString &name)
 {
-    return {text("\"%1\" is too large: files of up to 2 GB can be opened. Split it, and open a part.").arg(name)};
+    return {Text::tr("\"%1\" is too large: files of up to 2 GB can be opened. Split it, and open a part.").arg(name)};
 }
 
 Error openingError(int code, const QString &name)
@@ -48,24 +48,24 @@ Error openingError(int code, const QString &name)
     switch (code) {
     case ENOENT:
     case ENOTDIR:
-        return {text("\"%1\" does not exist.").arg(name)};
+        return {Text::tr("\"%1\" does not exist.").arg(name)};
     case EACCES:
     case EPERM:
-        return {text("You are not allowed to read \"%1\".").arg(name)};
+        return {Text::tr("You are not allowed to read \"%1\".").arg(name)};
     case EISDIR:
-        return {text("\"%1\" is a folder, not a document.").arg(name)};
+        return {Text::tr("\"%1\" is a folder, not a document.").arg(name)};
     case ENXIO: // a socket
-        return {text("\"%1\" is not a file that can be opened.").arg(name)};
+        return {Text::tr("\"%1\" is not a file that can be opened.").arg(name)};
     default:
-        return {text("\"%1\" cannot be read: %2.").arg(name, systemMessage(code))};
+        return {Text::tr("\"%1\" cannot be read: %2.").arg(name, systemMessage(code))};
     }
 }
 
 Error copyingError(int code, const QString &name)
 {
     if (code == ENOSPC || code == EDQUOT)
-        return {text("There is not enough space left in your home folder to open \"%1\".").arg(name)};
-    return {text("\"%1\" could not be copied for reading: %2.").arg(name, systemMessage(code))};
+        return {Text::tr("There is not enough space left in your home folder to open \"%1\".").arg(name)};
+    return {Text::tr("\"%1\" could not be copied for reading: %2.").arg(name, systemMessage(code))};
 }
 
 // Whether the two describe the same content, as far as the file system tells.
@@ -156,7 +156,7 @@ Result<std::shared_ptr<DocumentFile>> DocumentFile::open(const QString &path)
     if (!S_ISREG(status.st_mode))
         return openingError(ENXIO, name);
     if (status.st_size == 0)
-        return Error{text("\"%1\" is empty.").arg(name)};
+        return Error{Text::tr("This file is empty. Copy or download it again.")};
     if (status.st_size > maxFileSize)
         return tooLarge(name);
     file->m_original.size = status.st_size;
@@ -226,9 +226,9 @@ Result<qint64> DocumentFile::fill(int copy) const
     if (::fstat(copy, &copied) != 0)
         return copyingError(errno, m_name);
     if (!sameContent(before, after) || copied.st_size != after.st_size)
-        return Error{text("\"%1\" is being changed by another program.").arg(m_name)};
+        return Error{Text::tr("\"%1\" is being changed by another program.").arg(m_name)};
     if (copied.st_size == 0)
-        return Error{text("\"%1\" is empty.").arg(m_name)};
+        return Error{Text::tr("This file is empty. Copy or download it again.")};
     if (copied.st_size > maxFileSize)
         return tooLarge(m_name);
     return qint64(copied.st_size);

@@ -11,7 +11,6 @@
 #include <algorithm>
 #include <cerrno>
 #include <cstring>
-#include <limits>
 #include <utility>
 
 #include <sys/mman.h>
@@ -32,10 +31,11 @@ constexpr EngineChannel::Limits writeLimits{120'000, 300'000};
 constexpr qint64 rowAlignment = 16;
 constexpr int mostAttempts = 2;
 
-QString text(const char *sentence)
+/// The sentences for the person, in the form that the translation tools look for.
+class Text
 {
-    return QCoreApplication::translate("DocumentWriter", sentence);
-}
+    Q_DECLARE_TR_FUNCTIONS(DocumentWriter)
+};
 
 Error cannotBuild()
 {
@@ -57,9 +57,12 @@ public:
 
     int descriptor() const { return m_descriptor; }
 
-    /// Its first bytes; nothing if it is shorter.
+    /// Its first bytes; nothing if it is shorter, or if there are more of them than a document may have.
     QByteArray read(qint64 size) const
     {
+        struct stat status = {};
+        if (::fstat(m_descriptor, &status) != 0 || size > status.st_size || size > maxFileSize)
+            return {};
         QByteArray bytes(size, Qt::Uninitialized);
         for (qint64 done = 0; done < size;) {
             const ssize_t got = ::pread(m_descriptor, bytes.data() + done, static_cast<std::size_t>(size - done), done);
@@ -112,7 +115,7 @@ EngineChannel::Answer ask(const char *method, const Message &message, qint64 add
     for (int attempt = 0; attempt < mostAttempts; ++attempt) {
         auto channel = EngineChannel::start(EngineKind::Documents);
         if (!channel)
-            break;
+            continue;
         (*channel)->process().allowAddressSpaceFor(addressSpace);
         BusMessage call = (*channel)->newCall(method);
         if (!call || !append(call.get(), message))
@@ -132,9 +135,10 @@ Result<qint64> write(const WriteMessage &message)
     const qint64 addressSpace = 3 * message.document.size + 3 * message.payload.size;
     const EngineChannel::Answer answer = ask(engineBus::write, message, addressSpace, writeLimits);
     if (answer.ending == Ending::NotStarted)
-        return Error{text("The part of Inkory that writes PDF documents could not be started.")};
+        return Error{Text::tr("The part of Inkory that writes PDF documents could not be started. Try again; if that "
+                              "does not help, install Inkory again.")};
     if (answer.ending == Ending::Overran)
-        return Error{text("The changed document could not be built: that takes too long.")};
+        return Error{Text::tr("The changed document could not be built: that takes too long.")};
     const auto reply = answer.message ? readWriteReply(answer.message.get()) : std::nullopt;
     if (!reply)
         return cannotBuild();
@@ -153,10 +157,12 @@ SurveyOutcome surveyDocument(const DocumentFile &file, const SecretBytes &passwo
     auto survey = answer.message ? readSurvey(answer.message.get()) : std::nullopt;
     if (survey)
         return {{}, std::move(*survey)};
-    return {answer.ending == Ending::Overran
-                ? text("This document can only be read: finding out whether it can be changed takes too long.")
-                : text("This document can only be read: it is damaged in a way that does not let it be changed."),
-            {}};
+    if (answer.ending == Ending::Overran)
+        return {Text::tr("This document can only be read: finding out whether it can be changed takes too long."), {}};
+    return {
+        Text::tr("This document can only be read: finding out whether it can be changed failed. Close it and open it "
+                 "again, or ask its sender for a new copy."),
+        {}};
 }
 
 Result<QByteArray> writeChangedDocument(const DocumentFile &file, const SecretBytes &password,
@@ -170,7 +176,7 @@ Result<QByteArray> writeChangedDocument(const DocumentFile &file, const SecretBy
     message.outputDescriptor = output.descriptor();
     if (!payload || output.descriptor() < 0) {
         logLine(QStringLiteral("no memory for a save: %1").arg(QString::fromLocal8Bit(std::strerror(errno))));
-        return Error{text("There is not enough memory to save the document.")};
+        return Error{Text::tr("There is not enough memory to save the document.")};
     }
     const Result<qint64> size = write(message);
     if (!size)

@@ -8,7 +8,6 @@
 #include <QByteArray>
 
 #include <atomic>
-#include <memory>
 
 namespace inkory
 {

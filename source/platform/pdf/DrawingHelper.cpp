@@ -13,8 +13,6 @@ namespace inkory
 namespace
 {
 
-// "Opening answers within 10 seconds" is for the person who waits; what computes longer than this is not going to end.
-constexpr EngineChannel::Limits openLimits{8'000, 10'000};
 // A page that a slow machine takes its time for is still worth waiting for, as other pages go on meanwhile.
 constexpr EngineChannel::Limits drawLimits{20'000, 60'000};
 // Above this a helper is ended after its job: the drawing library keeps every page that it has seen.
@@ -61,7 +59,8 @@ void DrawingHelper::sendOpening(const DrawingOrigin &origin, const Opened &done)
     const OpenMessage message{{descriptor, size, origin.password}, origin.isRepairedFirst};
     if (call && !append(call.get(), message))
         call.reset();
-    m_channel->send(std::move(call), openLimits, [this, done](const EngineChannel::Answer &answer) {
+    const EngineChannel::Limits limits{origin.patienceMilliseconds, origin.patienceMilliseconds};
+    m_channel->send(std::move(call), limits, [this, done](const EngineChannel::Answer &answer) {
         const auto reply = answer.message ? readOpenReply(answer.message.get()) : std::nullopt;
         const bool isMad = answer.ending == Ending::Answered && !reply;
         if (isMad)

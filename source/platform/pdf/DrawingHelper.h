@@ -25,6 +25,8 @@ struct DrawingOrigin
     SecretBytes password;
     /// Whether the drawing library dies over the file as it is.
     bool isRepairedFirst = false;
+    /// How long opening it may take.
+    qint64 patienceMilliseconds = 10'000;
 };
 
 /// One helper process that draws pages of one document, one after the other; started, and started again, when there is

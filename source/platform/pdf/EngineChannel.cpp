@@ -6,8 +6,7 @@
 #include <QSocketNotifier>
 #include <QTimer>
 
-#include <algorithm>
-#include <cstring>
+#include <atomic>
 #include <utility>
 
 #include <poll.h>

@@ -62,7 +62,8 @@ public:
     /// Answers from the event loop, unless this object is gone by then; `done` may destroy it.
     void send(BusMessage message, Limits limits, Done done);
 
-    /// Asks the helper to give up the drawing job with this number. Its answer comes all the same, and soon.
+    /// Asks the helper to give up the drawing job with this number. Its answer comes all the same, soon unless the page
+    /// ignores it.
     void cancelJob(quint32 job);
 
     /// Kills the helper. A job that is sent is not answered any more.

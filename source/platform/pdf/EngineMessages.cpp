@@ -291,7 +291,8 @@ std::optional<DrawMessage> readDraw(sd_bus_message *message)
     const auto isReachable = [](qint32 value) {
         return std::abs(qint64(value)) <= std::numeric_limits<int>::max() / 2;
     };
-    if (!isReachable(x) || !isReachable(y) || width <= 0 || height <= 0)
+    if (!isReachable(x) || !isReachable(y) || width <= 0 || height <= 0 || request.page < 0 ||
+        request.extraQuarterTurns < 0 || request.extraQuarterTurns > 3)
         return std::nullopt;
     request.region = QRect(x, y, width, height);
     draw.target.size = size;
@@ -425,12 +426,12 @@ std::optional<ImageReply> readImageReply(sd_bus_message *message)
         return std::nullopt;
     if (*known != ImageProblem::None)
         return ImageReply{*known, QSize(width, height), QImage::Format_Invalid, {}, 0};
-    constexpr double longest = 1e7; // of 32,767 pixels at 10 dpi, with room
-    constexpr qint64 mostJpegBytes = 256LL << 20;
+    constexpr double longest = 1e7;               // of 32,767 pixels at 10 dpi, with room
+    constexpr qint64 mostJpegBytes = 128LL << 20; // of so many pixels
     const auto isLength = [](double length) { return length > 0 && length <= longest; };
     const auto pixels = pixelFormat(format);
-    if (!isImageSide(width) || !isImageSide(height) || !pixels || !isLength(size.width()) || !isLength(size.height()) ||
-        jpegSize < 0 || jpegSize > mostJpegBytes)
+    if (!isImageSide(width) || !isImageSide(height) || qint64(width) * height > maxImagePixels || !pixels ||
+        !isLength(size.width()) || !isLength(size.height()) || jpegSize < 0 || jpegSize > mostJpegBytes)
         return std::nullopt;
     return ImageReply{*known, QSize(width, height), *pixels, size, jpegSize};
 }

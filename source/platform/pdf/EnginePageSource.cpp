@@ -6,13 +6,17 @@
 #include "platform/pdf/ProblemSentences.h"
 
 #include <QCoreApplication>
+#include <QElapsedTimer>
 #include <QObject>
 #include <QTimer>
 
+#include <algorithm>
 #include <array>
+#include <functional>
 #include <map>
 #include <optional>
 #include <utility>
+#include <vector>
 
 namespace inkory
 {
@@ -25,6 +29,11 @@ constexpr int graceMilliseconds = 30;
 // Only when visible pages have been waiting for this long is a second process worth starting.
 constexpr int secondHelperDelayMilliseconds = 30;
 constexpr int firstPagePatienceMilliseconds = 100;
+// A thumbnail can wait longer for a job to be given up.
+constexpr int thumbnailGraceMilliseconds = 1'000;
+// What the person waits for a document at most, both attempts together.
+constexpr qint64 openingMilliseconds = 10'000;
+constexpr qint64 leastPatience = 1'000;
 // A helper may also die of something else than its page (somebody kills it), so that a page gets a second one.
 constexpr int mostAttempts = 2;
 
@@ -32,24 +41,32 @@ using Ending = DrawingHelper::Ending;
 using DrawDone = std::function<void(const Result<QImage> &)>;
 using OpenDone = std::function<void(const OpenOutcome &)>;
 
-QString text(const char *sentence)
+/// The sentences for the person, in the form that the translation tools look for.
+class Text
 {
-    return QCoreApplication::translate("PageSource", sentence);
+    Q_DECLARE_TR_FUNCTIONS(PageSource)
+};
+
+Error cannotDraw()
+{
+    return {Text::tr("This page cannot be drawn.")};
 }
 
-OpenOutcome failure(const char *sentence)
+OpenOutcome failure(const QString &sentence)
 {
-    return {OpenOutcome::State::Failed, text(sentence), false, 0, {}};
+    return {OpenOutcome::State::Failed, sentence, false, 0, {}};
 }
 
 OpenOutcome outcomeFor(Ending ending, const OpenReply &reply)
 {
     if (ending == Ending::NotStarted)
-        return failure("The part of Inkory that reads PDF documents could not be started. Installing Inkory again may "
-                       "help.");
+        return failure(
+            Text::tr("The part of Inkory that reads PDF documents could not be started. Installing Inkory again may "
+                     "help."));
     if (ending == Ending::Overran)
-        return failure("Opening this PDF document takes too long: it is damaged, or made to be slow. Ask its sender "
-                       "for another copy.");
+        return failure(
+            Text::tr("Opening this PDF document takes too long: it is damaged, or made to be slow. Ask its sender "
+                     "for another copy."));
     const OpenProblem problem = ending == Ending::Answered ? reply.problem : OpenProblem::Damaged;
     const bool asks = problem == OpenProblem::PasswordNeeded || problem == OpenProblem::PasswordWrong;
     const auto state = problem == OpenProblem::None ? OpenOutcome::State::Open
@@ -87,7 +104,7 @@ private:
     void dispatchLater(int milliseconds);
     void dispatch();
     std::optional<std::size_t> helperFor(DrawPriority priority);
-    bool freeHelper(std::size_t index);
+    bool freeHelper(std::size_t index, DrawPriority priority);
     void startDrawing(std::size_t index);
     void finishDrawing(std::size_t index, Ending ending, const QImage &image);
     void noteFirstPage();
@@ -96,6 +113,7 @@ private:
     DrawingOrigin m_origin;
     OpenDone m_opening;
     int m_openingAttempts = 0;
+    QElapsedTimer m_openingSince;
     ImageBufferPool m_buffers;
     std::array<DrawingHelper, helperCount> m_helpers{DrawingHelper(m_buffers), DrawingHelper(m_buffers)};
     std::array<Running, helperCount> m_running;
@@ -108,14 +126,17 @@ private:
 
 void EnginePageSource::open(std::shared_ptr<DocumentFile> file, const SecretBytes &password, OpenDone done)
 {
-    for (DrawingHelper &helper : m_helpers) {
-        if (helper.isBusy())
-            helper.stop();
+    for (std::size_t i = 0; i < helperCount; ++i) {
+        if (m_helpers[i].isBusy())
+            m_helpers[i].stop();
+        if (m_running[i].request)
+            m_waiting.emplace(m_running[i].key, std::move(*m_running[i].request));
+        m_running[i] = {};
     }
-    m_running = {};
-    m_origin = {std::move(file), password, false};
+    m_origin = {std::move(file), password, false, openingMilliseconds};
     m_opening = std::move(done);
     m_openingAttempts = 0;
+    m_openingSince.start();
     startOpening();
 }
 
@@ -131,9 +152,11 @@ void EnginePageSource::finishOpening(Ending ending, const OpenReply &reply)
         if (ending == Ending::Died)
             logLine(QStringLiteral("the helper died while it opened the document; trying what repairing makes of it"));
         m_origin.isRepairedFirst = ending == Ending::Died;
+        m_origin.patienceMilliseconds = std::max(leastPatience, openingMilliseconds - m_openingSince.elapsed());
         startOpening();
         return;
     }
+    m_origin.patienceMilliseconds = openingMilliseconds; // of helpers that open the document later
     const OpenDone done = std::exchange(m_opening, nullptr);
     dispatchLater(0);
     if (done)
@@ -157,8 +180,7 @@ DrawToken EnginePageSource::draw(const DrawRequest &request, DrawPriority priori
 {
     const DrawToken token = ++m_lastToken;
     if (!m_origin.file || !isDrawable(request)) {
-        QTimer::singleShot(0, &m_context,
-                           [done = std::move(done)] { done(Error{text("This page cannot be drawn.")}); });
+        QTimer::singleShot(0, &m_context, [done = std::move(done)] { done(cannotDraw()); });
         return token;
     }
     m_waiting.emplace(Key(priority, token), Request{request, std::move(done), 0});
@@ -174,7 +196,7 @@ void EnginePageSource::cancel(DrawToken token)
             continue;
         m_running[i].request.reset();
         m_helpers[i].giveUpJob();
-        dispatchLater(graceMilliseconds + 1);
+        dispatchLater(0); // for what waits for this helper
     }
 }
 
@@ -184,14 +206,19 @@ void EnginePageSource::dispatchLater(int milliseconds)
 }
 
 // Whether the helper can take a job now; one that does not give up a job that nobody wants is replaced for that.
-bool EnginePageSource::freeHelper(std::size_t index)
+bool EnginePageSource::freeHelper(std::size_t index, DrawPriority priority)
 {
     DrawingHelper &helper = m_helpers[index];
     if (!helper.isBusy())
         return true;
+    const qint64 grace = priority == DrawPriority::Visible ? graceMilliseconds : thumbnailGraceMilliseconds;
     const auto givenUp = helper.millisecondsSinceGivenUp();
-    if (m_opening || !givenUp || *givenUp < graceMilliseconds)
+    if (!givenUp)
         return false;
+    if (*givenUp < grace) {
+        dispatchLater(static_cast<int>(grace - *givenUp) + 1);
+        return false;
+    }
     logLine(QStringLiteral("a helper that did not give up a page in time is replaced"));
     helper.stop();
     return true;
@@ -202,16 +229,18 @@ std::optional<std::size_t> EnginePageSource::helperFor(DrawPriority priority)
     if (!m_helpers[0].isBusy())
         return 0;
     if (priority != DrawPriority::Visible)
-        return std::nullopt;
+        return freeHelper(0, priority) ? std::optional<std::size_t>(0) : std::nullopt;
+    if (!m_helpers[1].isBusy() && m_helpers[1].isRunning())
+        return 1;
     for (std::size_t i = 0; i < helperCount; ++i) {
-        if (m_helpers[i].isRunning() && freeHelper(i))
+        if (m_helpers[i].isBusy() && freeHelper(i, priority))
             return i;
     }
     if (m_helpers[1].isBusy())
         return std::nullopt;
     if (!m_visibleWaits.isValid()) {
         m_visibleWaits.start();
-        dispatchLater(secondHelperDelayMilliseconds);
+        dispatchLater(secondHelperDelayMilliseconds + 1);
     }
     return m_visibleWaits.elapsed() >= secondHelperDelayMilliseconds ? std::optional<std::size_t>(1) : std::nullopt;
 }
@@ -221,7 +250,10 @@ void EnginePageSource::dispatch()
     if (m_opening)
         return;
     while (!m_waiting.empty()) {
-        const auto helper = helperFor(m_waiting.begin()->first.first);
+        const DrawPriority priority = m_waiting.begin()->first.first;
+        if (priority != DrawPriority::Visible)
+            m_visibleWaits.invalidate();
+        const auto helper = helperFor(priority);
         if (!helper)
             return;
         startDrawing(*helper);
@@ -251,7 +283,7 @@ void EnginePageSource::finishDrawing(std::size_t index, Ending ending, const QIm
         QTimer::singleShot(0, &m_context, [this] { noteFirstPage(); });
     const DrawDone done = std::move(running.request->done); // last: it may destroy this source
     if (image.isNull())
-        done(Error{text("This page cannot be drawn.")});
+        done(cannotDraw());
     else
         done(image);
 }

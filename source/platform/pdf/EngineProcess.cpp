@@ -1,6 +1,7 @@
 #include "platform/pdf/EngineProcess.h"
 
 #include "platform/core/Log.h"
+#include "platform/core/Sanitizers.h"
 #include "platform/pdf/EngineValues.h"
 
 #include <QCoreApplication>
@@ -10,6 +11,7 @@
 #include <algorithm>
 #include <array>
 #include <cerrno>
+#include <chrono>
 #include <csignal>
 #include <cstring>
 #include <mutex>
@@ -33,16 +35,13 @@ namespace
 // The helper finds its socket under this number.
 constexpr int socketInHelper = 3;
 
-// The address sanitizer reserves terabytes that it never uses.
-#ifdef __SANITIZE_ADDRESS__
-constexpr bool limitsAddressSpace = false;
-#else
-constexpr bool limitsAddressSpace = true;
-#endif
+// Whoever took the spare wants the processor for itself first.
+constexpr std::chrono::milliseconds refillDelay(300);
 
 struct Spare
 {
     std::mutex mutex;
+    bool isWanted = false;
     std::unique_ptr<EngineProcess> process;
 };
 
@@ -110,7 +109,7 @@ void bury(pid_t pid)
 void limitAddressSpace(pid_t pid, qint64 extraBytes)
 {
     rlimit limit{};
-    if (!limitsAddressSpace || prlimit(pid, RLIMIT_AS, nullptr, &limit) != 0)
+    if (isSanitized || prlimit(pid, RLIMIT_AS, nullptr, &limit) != 0)
         return;
     limit.rlim_cur = std::min<rlim_t>(static_cast<rlim_t>(helperAddressSpace + extraBytes), limit.rlim_max);
     prlimit(pid, RLIMIT_AS, &limit, nullptr);
@@ -118,36 +117,12 @@ void limitAddressSpace(pid_t pid, qint64 extraBytes)
 
 } // namespace
 
-Result<std::unique_ptr<EngineProcess>> EngineProcess::start(EngineKind kind)
-{
-    if (kind == EngineKind::Documents) {
-        const std::lock_guard lock(spare().mutex);
-        if (spare().process)
-            return std::move(spare().process);
-    }
-    return spawn(kind);
-}
-
-void EngineProcess::prepareSpare()
-{
-    const std::lock_guard lock(spare().mutex);
-    if (spare().process)
-        return;
-    if (auto started = spawn(EngineKind::Documents))
-        spare().process = std::move(*started);
-}
-
-void EngineProcess::dropSpare()
-{
-    const std::lock_guard lock(spare().mutex);
-    spare().process.reset();
-}
-
 struct EngineProcess::Life
 {
     std::mutex mutex;
     pid_t pid = -1; // until it has been started, and after it was waited for
     bool isUnwanted = false;
+    bool hasEnded = false; // or could not be started
     qint64 extraAddressSpace = 0;
 
     // On a thread of its own: starting blocks until the new process runs its program, which takes as long as a busy
@@ -159,6 +134,8 @@ struct EngineProcess::Life
         ::close(socket);
         if (code != 0) {
             (void)startingFailed(code); // who waits for an answer sees that the socket is closed
+            const std::lock_guard lock(mutex);
+            hasEnded = true;
             return;
         }
         {
@@ -174,10 +151,56 @@ struct EngineProcess::Life
         {
             const std::lock_guard lock(mutex);
             pid = -1; // the number may mean another process soon
+            hasEnded = true;
         }
         bury(started);
     }
 };
+
+Result<std::unique_ptr<EngineProcess>> EngineProcess::start(EngineKind kind)
+{
+    if (kind == EngineKind::Documents) {
+        const std::lock_guard lock(spare().mutex);
+        std::unique_ptr<EngineProcess> taken = std::move(spare().process);
+        if (spare().isWanted)
+            refillSpareLater();
+        if (taken && !taken->hasEnded())
+            return taken;
+    }
+    return spawn(kind);
+}
+
+void EngineProcess::prepareSpare()
+{
+    const std::lock_guard lock(spare().mutex);
+    spare().isWanted = true;
+    fillSpare();
+}
+
+// With the lock held.
+void EngineProcess::fillSpare()
+{
+    if (spare().process || !spare().isWanted)
+        return;
+    if (auto started = spawn(EngineKind::Documents))
+        spare().process = std::move(*started);
+}
+
+void EngineProcess::refillSpareLater()
+{
+    std::thread([] {
+        std::this_thread::sleep_for(refillDelay);
+        const std::lock_guard lock(spare().mutex);
+        fillSpare();
+    }).detach();
+}
+
+void EngineProcess::dropSpare()
+{
+    const std::lock_guard lock(spare().mutex);
+    spare().isWanted = false;
+    spare().process.reset();
+}
 
 Result<std::unique_ptr<EngineProcess>> EngineProcess::spawn(EngineKind kind)
 {
@@ -200,6 +223,12 @@ EngineProcess::~EngineProcess()
     m_life->isUnwanted = true;
     if (m_life->pid > 0)
         ::kill(m_life->pid, SIGKILL);
+}
+
+bool EngineProcess::hasEnded() const
+{
+    const std::lock_guard lock(m_life->mutex);
+    return m_life->hasEnded;
 }
 
 int EngineProcess::takeSocket()

@@ -22,7 +22,8 @@ public:
     /// process could be started, the socket is closed from the other side.
     static Result<std::unique_ptr<EngineProcess>> start(EngineKind kind);
 
-    /// Sees to it that a helper for documents is ready for the next start().
+    /// Sees to it that a helper for documents is ready for the next start(), and, a moment after it was taken, for the
+    /// one after that.
     static void prepareSpare();
     /// Before the process ends, and where no helper is to be left over.
     static void dropSpare();
@@ -48,6 +49,9 @@ private:
 
     EngineProcess(std::shared_ptr<Life> life, int socket) : m_life(std::move(life)), m_socket(socket) {}
     static Result<std::unique_ptr<EngineProcess>> spawn(EngineKind kind);
+    static void fillSpare();
+    static void refillSpareLater();
+    bool hasEnded() const;
 
     std::shared_ptr<Life> m_life; // shared with the thread that starts it and waits for its end
     int m_socket;

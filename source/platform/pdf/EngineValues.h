@@ -24,6 +24,12 @@ constexpr int maxPageCount = 100'000;
 /// In points; what is larger is cut off.
 constexpr double maxPageSide = 14'400;
 
+/// Bytes of a document, also of one that is to be written.
+constexpr std::int64_t maxFileSize = 2'147'483'647;
+
+/// Pixels of a decoded image file: larger ones are scaled down.
+constexpr std::int64_t maxImagePixels = 12'500'000;
+
 /// Address space in bytes that a helper has for itself; what it is given to map comes on top.
 constexpr std::int64_t helperAddressSpace = 1536LL << 20;
 

@@ -42,13 +42,14 @@ IdleHelpers &idleHelpers()
     return theHelpers;
 }
 
-Result<std::unique_ptr<EngineChannel>> takeHelper()
+// An idle one may have died unseen, so the second attempt gets a new one.
+Result<std::unique_ptr<EngineChannel>> takeHelper(int attempt)
 {
     IdleHelpers &idle = idleHelpers();
     {
         const std::lock_guard lock(idle.mutex);
         ++idle.uses;
-        if (!idle.channels.empty()) {
+        if (attempt == 0 && !idle.channels.empty()) {
             auto channel = std::move(idle.channels.back());
             idle.channels.pop_back();
             return channel;
@@ -78,14 +79,15 @@ void giveBack(std::unique_ptr<EngineChannel> channel)
         Qt::QueuedConnection);
 }
 
-std::optional<ImageReply> read(EngineChannel &channel, int descriptor, qint64 size)
+std::optional<ImageReply> read(EngineChannel &channel, int descriptor, qint64 size, Ending &ending)
 {
     channel.process().allowAddressSpaceFor(size);
     BusMessage call = channel.newCall(engineBus::readImage);
     if (!call || !append(call.get(), BlockMessage{descriptor, size}))
         return std::nullopt;
     const EngineChannel::Answer answer = channel.call(std::move(call), readLimits);
-    if (answer.ending == Ending::Overran)
+    ending = answer.ending;
+    if (ending == Ending::Overran)
         return ImageReply{};
     return answer.message ? readImageReply(answer.message.get()) : std::nullopt;
 }
@@ -110,11 +112,12 @@ ImagePtr take(EngineChannel &channel, const ImageReply &reply, const std::shared
 
 Result<ImagePtr> decodeInHelper(int descriptor, qint64 size)
 {
+    Ending ending = Ending::NotStarted;
     for (int attempt = 0; attempt < mostAttempts; ++attempt) {
-        auto channel = takeHelper();
+        auto channel = takeHelper(attempt);
         if (!channel)
             return channel.error();
-        const auto reply = read(**channel, descriptor, size);
+        const auto reply = read(**channel, descriptor, size, ending);
         if (!reply)
             continue;
         if (reply->problem != ImageProblem::None) {
@@ -129,6 +132,10 @@ Result<ImagePtr> decodeInHelper(int descriptor, qint64 size)
             return image;
         }
     }
+    if (ending == Ending::NotStarted)
+        return Error{QCoreApplication::translate("ImageFile",
+                                                 "The part of Inkory that reads images could not be started. "
+                                                 "Installing Inkory again may help.")};
     return Error{sentenceFor(ImageReply{})};
 }
 

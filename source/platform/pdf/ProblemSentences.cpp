@@ -49,13 +49,14 @@ QString sentenceFor(WriteProblem problem)
     case WriteProblem::None:
         break;
     case WriteProblem::Damaged:
-        return Text::tr("This document is damaged: it can be read but not changed.");
+        return Text::tr("This document is damaged: it can be read but not changed. Ask its sender for a new copy.");
     case WriteProblem::ProtectionUnknown:
-        return Text::tr("This document is protected in a way that is not supported: it can be read but not changed.");
+        return Text::tr("This document is protected in a way that is not supported: it can be read but not changed. "
+                        "Ask its sender for a copy without that protection.");
     case WriteProblem::ChangesForbidden:
-        return Text::tr("The author of this document does not allow changes to it.");
+        return Text::tr("The author of this document does not allow changes to it. Ask for a copy that may be signed.");
     case WriteProblem::NotBuilt:
-        return Text::tr("The changed document could not be built.");
+        return Text::tr("The changed document could not be built. Your document is as it was.");
     }
     return {};
 }

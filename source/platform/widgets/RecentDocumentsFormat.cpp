@@ -2,7 +2,6 @@
 
 #include "platform/core/DisplayText.h"
 
-#include <QSet>
 #include <QXmlStreamReader>
 #include <QXmlStreamWriter>
 
@@ -303,31 +302,29 @@ Result<QByteArray> recentListWithDocument(const QByteArray &bytes, const QUrl &u
 
 Result<QByteArray> recentListWithoutOwnDocuments(const QByteArray &bytes)
 {
-    QSet<QUrl> toRemove;
+    const QList<RecentEntry> entries = readRecentEntries(bytes);
     QList<RecentEntry> expected;
-    for (RecentEntry entry : readRecentEntries(bytes)) {
-        if (entry.isOnlyOwn)
-            toRemove.insert(entry.url);
+    for (RecentEntry entry : entries) {
         entry.isOwn = false;
-        expected.append(entry);
+        if (!entry.isOnlyOwn)
+            expected.append(entry);
     }
-    expected.removeIf([&](const RecentEntry &entry) { return toRemove.contains(entry.url); });
 
     QByteArray kept;
     QXmlStreamWriter writer(&kept);
     QXmlStreamReader reader(bytes);
+    qsizetype next = 0; // of the entries
     while (!reader.atEnd()) {
         reader.readNext();
         const bool isEntry = reader.isStartElement() && isPlainElement(reader, QLatin1String("bookmark"));
-        if ((isEntry && toRemove.contains(QUrl(entryAddress(reader), QUrl::StrictMode))) ||
-            (reader.isStartElement() && isOwnApplication(reader)))
+        if ((isEntry && entries.value(next++).isOnlyOwn) || (reader.isStartElement() && isOwnApplication(reader)))
             reader.skipCurrentElement();
         else if (!reader.hasError())
             writer.writeCurrentToken(reader);
     }
     if (reader.hasError())
         return damage(reader.errorString());
-    return verified(kept, [&](const QList<RecentEntry> &entries) { return entries == expected; });
+    return verified(kept, [&](const QList<RecentEntry> &left) { return left == expected; });
 }
 
 } // namespace inkory

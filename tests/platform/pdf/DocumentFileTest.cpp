@@ -40,9 +40,10 @@ TEST_F(DocumentFileTest, SaysWhyAFileCannotBeOpened)
     ASSERT_EQ(::mkfifo(QFile::encodeName(pipe).constData(), 0600), 0);
     EXPECT_EQ(openingError(pipe), QStringLiteral("\"pipe.pdf\" is not a file that can be opened."));
     const QString file = writeFile(m_folder.path(), QStringLiteral("a.pdf"), {});
-    EXPECT_EQ(openingError(file), QStringLiteral("\"a.pdf\" is empty."));
+    EXPECT_EQ(openingError(file), QStringLiteral("This file is empty. Copy or download it again."));
     ASSERT_TRUE(QFile::resize(file, 2147483648LL));
-    EXPECT_EQ(openingError(file), QStringLiteral("\"a.pdf\" is too large: files of up to 2 GB can be opened. Split it, and open a part."));
+    EXPECT_EQ(openingError(file),
+              QStringLiteral("\"a.pdf\" is too large: files of up to 2 GB can be opened. Split it, and open a part."));
     ASSERT_TRUE(QFile::resize(file, 2147483647LL));
     EXPECT_EQ(openingError(file), QString());
 }

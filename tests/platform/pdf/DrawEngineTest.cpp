@@ -1,4 +1,6 @@
 #include "platform/pdf/DocumentFile.h"
+#include "platform/pdf/DocumentWriter.h"
+#include "platform/pdf/EngineProcess.h"
 #include "platform/pdf/PageSource.h"
 #include "support/Helpers.h"
 #include "support/PdfSamples.h"
@@ -129,6 +131,21 @@ TEST_F(DrawEngine, ReplacesAHelperThatDoesNotGiveUpForAVisiblePage)
     EXPECT_TRUE(draw({0, 0, 1, {0, 0, 612, 792}}, DrawPriority::Visible));
     EXPECT_EQ(test::helperProcesses().size(), 1U);
     EXPECT_NE(test::helperProcesses().at(0), stuck);
+}
+
+TEST_F(DrawEngine, ASpareHelperThatHasDiedIsNotUsed)
+{
+    ASSERT_TRUE(QTest::qWaitFor([] { return test::helperProcesses().empty(); }, 5'000)); // of former tests
+    EngineProcess::prepareSpare();
+    ASSERT_TRUE(QTest::qWaitFor([] { return test::helperProcesses().size() == 1; }, 5'000));
+    const pid_t spare = test::helperProcesses().at(0);
+    kill(spare, SIGKILL);
+    ASSERT_TRUE(QTest::qWaitFor([] { return test::helperProcesses().empty(); }, 5'000));
+    const auto file = DocumentFile::open(test::writeFile(m_folder.path(), QStringLiteral("b.pdf"), test::threePages()));
+    const SurveyOutcome outcome = surveyDocument(**file, {}, false);
+    EngineProcess::dropSpare();
+    EXPECT_EQ(outcome.failure, QString());
+    EXPECT_EQ(outcome.survey.structure.pages.size(), 3U);
 }
 
 TEST_F(DrawEngine, LeavesNoHelperBehind)

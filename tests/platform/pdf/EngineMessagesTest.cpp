@@ -93,11 +93,18 @@ TEST_F(EngineMessages, AreRefusedWithValuesThatTheTypesDoNotPromise)
     EXPECT_TRUE(isDraw({0, 0, 1, {0, 0, 10, 10}}, 400));
     EXPECT_FALSE(isDraw({0, 0, 1, {0, 0, 10, 10}}, 396)) << "the buffer would be too small";
     EXPECT_FALSE(isDraw({0, 0, 1, {0, 0, 40'000, 1}}, 160'000));
+    EXPECT_FALSE(isDraw({-1, 0, 1, {0, 0, 10, 10}}, 400));
+    EXPECT_FALSE(isDraw({0, 4, 1, {0, 0, 10, 10}}, 400));
 
     WriteMessage write{{0, 7, {}}, {}, {0, 1000}, 100, {{{10, 20}, QImage::Format_ARGB32, 201, 0}}, 0};
     EXPECT_FALSE(readWrite(sent(write).get())) << "201 + 10 × 20 × 4 is past the payload's end";
     EXPECT_FALSE(readBool(sent(OpenReply()).get())) << "another kind of message";
-    EXPECT_FALSE(readImageReply(sent(ImageReply{ImageProblem::None, {0, 5}, QImage::Format_RGB32, {1, 1}, 0}).get()));
+    const auto isImage = [this](QSize pixels) {
+        return readImageReply(sent(ImageReply{ImageProblem::None, pixels, QImage::Format_RGB32, {1, 1}, 0}).get());
+    };
+    EXPECT_TRUE(isImage({5000, 2500}));
+    EXPECT_FALSE(isImage({5000, 2501})) << "more than 12.5 million pixels";
+    EXPECT_FALSE(isImage({0, 5}));
 }
 
 } // namespace
