@@ -114,8 +114,7 @@ void PDFWindowController::updateUndoActions()
 void PDFWindowController::connectViewActions()
 {
     auto *sidePanel = outlet<QAction>(*window(), QStringLiteral("actionSidePanel"));
-    auto *thumbnails = outlet<QWidget>(*window(), QStringLiteral("pdfThumbnailView"));
-    connect(sidePanel, &QAction::toggled, thumbnails, &QWidget::setVisible);
+    connect(sidePanel, &QAction::toggled, this, &PDFWindowController::showSidePanel);
     onTriggered("actionZoomIn", [this] { m_pdfView->zoomIn(); });
     onTriggered("actionZoomOut", [this] { m_pdfView->zoomOut(); });
     onTriggered("actionZoomActual", [this] { m_pdfView->zoomActualSize(); });

@@ -17,6 +17,7 @@
 #include <QComboBox>
 #include <QKeyEvent>
 #include <QPainter>
+#include <QSplitter>
 #include <QStackedWidget>
 #include <QToolButton>
 
@@ -220,6 +221,7 @@ void PDFWindowController::showDocumentState()
         return;
     const bool isOpen = m_pdfDoc->state() == PDFDocument::State::Open;
     m_statePage->showState(*m_pdfDoc, document() ? document()->displayName() : QString());
+    showSidePanel();
     if (isOpen) {
         m_pageArea->setCurrentWidget(m_pdfView);
         m_pdfView->setFocus();
@@ -236,6 +238,17 @@ void PDFWindowController::showDocumentState()
     showZoomFactor();
 }
 
+// Without pages there is nothing to show in it: the person's choice waits until there are some.
+void PDFWindowController::showSidePanel()
+{
+    auto *action = outlet<QAction>(*window(), QStringLiteral("actionSidePanel"));
+    const bool hasPages = m_pdfDoc && m_pdfDoc->state() == PDFDocument::State::Open;
+    action->setEnabled(hasPages);
+    m_pdfThumbnailView->setVisible(hasPages && action->isChecked());
+    outlet<QSplitter>(*window(), QStringLiteral("splitter"))
+        ->refresh(); // the first zoom fits what is left to the pages
+}
+
 void PDFWindowController::showGeometryState()
 {
     updatePageCommands();
@@ -243,8 +256,10 @@ void PDFWindowController::showGeometryState()
     const QString readOnlyReason = isOpen ? m_pdfDoc->readOnlyReason() : QString();
     m_statusBar->showInlineMessage(m_isSaving ? tr("Saving…") : readOnlyReason, DocumentStatusBar::Stay::UntilReplaced);
     if (isOpen && m_pdfDoc->isGeometrySettled() && m_pdfDoc->wasRepaired() && !std::exchange(m_hasToldOfRepair, true))
-        m_noticeStrip->showNotice(tr("This document was damaged and has been repaired while it was opened. Check its "
-                                     "pages before you sign it."));
+        m_noticeStrip->showNotice(readOnlyReason.isEmpty()
+                                      ? tr("This document was damaged and has been repaired while it was opened. Check "
+                                           "its pages before you sign it.")
+                                      : tr("This document was damaged and has been repaired while it was opened."));
 }
 
 void PDFWindowController::showSignatureImage()

@@ -76,6 +76,7 @@ private:
     void onTriggered(const char *actionName, const std::function<void()> &command);
     void fillRecentMenu();
     void showDocumentState();
+    void showSidePanel();
     void showGeometryState();
     void showZoomFactor();
     void enterZoomFactor();

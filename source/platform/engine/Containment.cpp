@@ -52,14 +52,22 @@ bool limit(__rlimit_resource resource, rlim_t most, Bound bound)
     return ::setrlimit(resource, &limits) == 0;
 }
 
+/// The window may have set it already, to more than this: for a document that waits to be opened.
+bool limitAddressSpace()
+{
+    rlimit limits = {};
+    if (isSanitized || (::getrlimit(RLIMIT_AS, &limits) == 0 && limits.rlim_cur != RLIM_INFINITY))
+        return true;
+    return limit(RLIMIT_AS, helperAddressSpace, Bound::Soft);
+}
+
 bool applyLimits()
 {
     bool isLimited = limit(RLIMIT_FSIZE, largestFile, Bound::Soft);
     isLimited = limit(RLIMIT_NOFILE, mostOpenFiles, Bound::Hard) && isLimited;
     isLimited = limit(RLIMIT_CORE, 0, Bound::Hard) && isLimited;
     isLimited = ::prctl(PR_SET_DUMPABLE, 0, 0, 0, 0) == 0 && isLimited;
-    if (!isSanitized)
-        isLimited = limit(RLIMIT_AS, helperAddressSpace, Bound::Soft) && isLimited;
+    isLimited = limitAddressSpace() && isLimited;
     // Writing beyond the limit is then an error like any other.
     return ::signal(SIGXFSZ, SIG_IGN) != SIG_ERR && isLimited;
 }

@@ -12,8 +12,8 @@
 #include <cstring>
 
 #include <poll.h>
+#include <sys/prctl.h>
 #include <sys/stat.h>
-#include <sys/time.h>
 #include <unistd.h>
 
 using namespace inkory;
@@ -23,22 +23,12 @@ namespace
 
 constexpr int socketToWindow = 3;
 
-// A page may keep this process busy for ever: so that it does not outlive the window, it looks once a second.
-void endIfWindowIsGone(int /*signal*/)
+// A page may keep this process busy for ever, and it must not outlive the window. The thread that started it waits for
+// its end, so that this means the window's end.
+bool endWithTheWindow()
 {
     pollfd socket{socketToWindow, 0, 0};
-    if (poll(&socket, 1, 0) > 0 && (socket.revents & (POLLHUP | POLLERR | POLLNVAL)) != 0)
-        _exit(EXIT_SUCCESS);
-}
-
-void watchTheWindow()
-{
-    struct sigaction action = {};
-    action.sa_handler = endIfWindowIsGone;
-    action.sa_flags = SA_RESTART;
-    sigaction(SIGALRM, &action, nullptr);
-    const itimerval everySecond{{1, 0}, {1, 0}};
-    setitimer(ITIMER_REAL, &everySecond, nullptr);
+    return prctl(PR_SET_PDEATHSIG, SIGKILL) == 0 && poll(&socket, 1, 0) >= 0 && (socket.revents & POLLHUP) == 0;
 }
 
 bool lockUp(const QStringList &readablePaths)
@@ -62,7 +52,8 @@ int main(int argc, char **argv)
         std::fputs("inkory-engine is a part of Inkory and of no use by itself.\n", stderr);
         return EXIT_FAILURE;
     }
-    watchTheWindow();
+    if (!endWithTheWindow())
+        return EXIT_FAILURE;
     const auto lockForImages = [] {
         ImageDecoder::prepare();
         return lockUp({});

@@ -196,13 +196,16 @@ Result<void> DocumentFile::makePrivateCopy()
     if (copy < 0)
         return copyingError(errno, m_name);
     const Result<qint64> size = fill(copy);
-    if (!size) {
-        ::close(copy);
+    // Who is given this one can read only.
+    const int readable = size ? ::open(QFile::encodeName(path).constData(), O_RDONLY | O_CLOEXEC | O_NOFOLLOW) : -1;
+    const int code = errno;
+    ::close(copy);
+    if (readable < 0) {
         ::unlink(QFile::encodeName(path).constData());
-        return size.error();
+        return size ? copyingError(code, m_name) : size.error();
     }
     m_copyPath = path;
-    m_copy = {copy, *size};
+    m_copy = {readable, *size};
     m_hasCopy = true;
     return {};
 }

@@ -30,6 +30,8 @@ constexpr EngineChannel::Limits surveyLimits{30'000, 60'000};
 constexpr EngineChannel::Limits writeLimits{120'000, 300'000};
 constexpr qint64 rowAlignment = 16;
 constexpr int mostAttempts = 2;
+// What a new document may be larger than its parts would explain.
+constexpr qint64 spareBytes = 64LL << 20;
 
 /// The sentences for the person, in the form that the translation tools look for.
 class Text
@@ -57,11 +59,11 @@ public:
 
     int descriptor() const { return m_descriptor; }
 
-    /// Its first bytes; nothing if it is shorter, or if there are more of them than a document may have.
-    QByteArray read(qint64 size) const
+    /// Its first bytes; nothing if it is shorter, or if there are more than `most` of them.
+    QByteArray read(qint64 size, qint64 most) const
     {
         struct stat status = {};
-        if (::fstat(m_descriptor, &status) != 0 || size > status.st_size || size > maxFileSize)
+        if (::fstat(m_descriptor, &status) != 0 || size > status.st_size || size > most)
             return {};
         QByteArray bytes(size, Qt::Uninitialized);
         for (qint64 done = 0; done < size;) {
@@ -181,7 +183,8 @@ Result<QByteArray> writeChangedDocument(const DocumentFile &file, const SecretBy
     const Result<qint64> size = write(message);
     if (!size)
         return size.error();
-    const QByteArray bytes = output.read(*size);
+    const qint64 mostPlausible = 3 * (message.document.size + message.payload.size) + spareBytes;
+    const QByteArray bytes = output.read(*size, std::min<qint64>(mostPlausible, maxFileSize));
     if (bytes.isEmpty())
         return cannotBuild();
     return bytes;

@@ -76,9 +76,16 @@ bool EngineChannel::connect()
     }
     if (sd_bus_negotiate_fds(bus, 1) < 0 || sd_bus_set_anonymous(bus, 1) < 0 || sd_bus_start(bus) < 0)
         return false;
-    const BusMessage attach = newCall(engineBus::attach);
-    return attach && append(attach.get(), BlockMessage{m_control->descriptor(), m_control->size()}) &&
-           sd_bus_message_set_expect_reply(attach.get(), 0) >= 0 && sd_bus_send(bus, attach.get(), nullptr) >= 0;
+    // What no call asked for says that the helper is mad; without this, the library would answer some of it itself.
+    const auto unasked = [](sd_bus_message *, void *channel, sd_bus_error *) {
+        auto *self = static_cast<EngineChannel *>(channel);
+        self->m_answer = Answer{self->deathBefore(), {}};
+        return 1;
+    };
+    m_attach = newCall(engineBus::attach);
+    return m_attach && sd_bus_add_filter(bus, nullptr, unasked, this) >= 0 &&
+           append(m_attach.get(), BlockMessage{m_control->descriptor(), m_control->size()}) &&
+           sd_bus_message_set_expect_reply(m_attach.get(), 0) >= 0;
 }
 
 BusMessage EngineChannel::newCall(const char *method)
@@ -95,18 +102,35 @@ bool EngineChannel::begin(BusMessage message, Limits limits)
     m_limits = limits;
     m_elapsed.start();
     m_cpuBefore = m_process ? m_process->cpuMilliseconds() : 0;
+    m_call = std::move(message);
+    return m_process && m_call && sendWaiting();
+}
+
+// Sends what waits for the helper's greeting: before it the library would block over a message with descriptors, for as
+// long as the helper takes to start.
+bool EngineChannel::sendWaiting()
+{
+    const int ready = sd_bus_is_ready(m_bus.get());
+    if (ready <= 0)
+        return ready == 0;
+    if (m_attach && sd_bus_send(m_bus.get(), m_attach.get(), nullptr) < 0)
+        return false;
+    m_attach.reset();
+    if (!m_call)
+        return true;
     const auto received = [](sd_bus_message *reply, void *channel, sd_bus_error *) {
+        auto *self = static_cast<EngineChannel *>(channel);
         // The helper answers no call with an error: that says that the connection is gone, or the helper mad.
         const bool isError = sd_bus_message_is_method_error(reply, nullptr) != 0;
-        static_cast<EngineChannel *>(channel)->m_answer =
-            isError ? Answer{static_cast<EngineChannel *>(channel)->deathBefore(), {}}
-                    : Answer{Ending::Answered, BusMessage(sd_bus_message_ref(reply))};
+        self->m_answer =
+            isError ? Answer{self->deathBefore(), {}} : Answer{Ending::Answered, BusMessage(sd_bus_message_ref(reply))};
         return 1;
     };
     sd_bus_slot *slot = nullptr;
-    if (!m_process || !message || sd_bus_call_async(m_bus.get(), &slot, message.get(), received, this, UINT64_MAX) < 0)
+    if (sd_bus_call_async(m_bus.get(), &slot, m_call.get(), received, this, UINT64_MAX) < 0)
         return false;
     m_slot.reset(slot);
+    m_call.reset();
     return true;
 }
 
@@ -117,7 +141,7 @@ void EngineChannel::pump()
         const int status = sd_bus_process(m_bus.get(), nullptr);
         if (status == 0)
             return;
-        if (status < 0 && !m_answer)
+        if ((status < 0 || !sendWaiting()) && !m_answer)
             m_answer = Answer{deathBefore(), {}};
     }
 }
@@ -141,6 +165,8 @@ void EngineChannel::kill()
     m_watchdog.reset();
     m_done = nullptr;
     m_slot.reset();
+    m_attach.reset();
+    m_call.reset();
     m_process.reset();
     m_bus.reset();
 }

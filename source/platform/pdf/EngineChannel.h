@@ -73,6 +73,7 @@ private:
     explicit EngineChannel(std::unique_ptr<EngineProcess> process);
     bool connect();
     bool begin(BusMessage message, Limits limits);
+    bool sendWaiting();
     void pump();
     bool hasOverrun();
     void watch();
@@ -92,6 +93,8 @@ private:
     };
     std::unique_ptr<sd_bus, BusDeleter> m_bus;
     std::unique_ptr<sd_bus_slot, SlotDeleter> m_slot; // of the call that waits for its answer
+    BusMessage m_attach;                              // until it could be sent
+    BusMessage m_call;                                // likewise
     std::optional<Answer> m_answer;
     Limits m_limits;
     QElapsedTimer m_elapsed;

@@ -73,7 +73,8 @@ std::vector<double> numbersOf(const std::vector<PageGeometry> &pages)
 bool isBox(const PageRect &box)
 {
     constexpr double farthest = 2e9;
-    return isWithin(box.x, farthest) && isWithin(box.y, farthest) && box.width > 0 && box.height > 0 &&
+    constexpr double smallest = 1e-3; // whoever divides by it gets a number that can be used
+    return isWithin(box.x, farthest) && isWithin(box.y, farthest) && box.width >= smallest && box.height >= smallest &&
            box.width <= maxPageSide && box.height <= maxPageSide;
 }
 
@@ -116,9 +117,10 @@ std::optional<FileStructure> readStructure(sd_bus_message *message)
     return FileStructure{*known, isRepaired != 0, std::move(*pages)};
 }
 
+// The last part of a message: it is wiped when it is freed, but not what is left behind where it has to grow.
 bool appendDocument(sd_bus_message *message, const DocumentMessage &document)
 {
-    (void)sd_bus_message_sensitive(message); // wiped when it is freed: it holds the password
+    (void)sd_bus_message_sensitive(message);
     return appended(sd_bus_message_append(message, "hx", document.descriptor, static_cast<int64_t>(document.size))) &&
            appended(sd_bus_message_append_array(message, 'y', document.password.data(),
                                                 static_cast<std::size_t>(document.password.size())));
@@ -223,17 +225,17 @@ std::optional<DocumentMessage> readDocument(sd_bus_message *message)
 
 bool append(sd_bus_message *message, const OpenMessage &open)
 {
-    return appendDocument(message, open.document) &&
-           appended(sd_bus_message_append(message, "b", static_cast<int>(open.isRepairedFirst)));
+    return appended(sd_bus_message_append(message, "b", static_cast<int>(open.isRepairedFirst))) &&
+           appendDocument(message, open.document);
 }
 
 std::optional<OpenMessage> readOpen(sd_bus_message *message)
 {
-    if (!isMessageOf(message, "hxayb"))
+    int isRepairedFirst = 0;
+    if (!isMessageOf(message, "bhxay") || sd_bus_message_read(message, "b", &isRepairedFirst) < 0)
         return std::nullopt;
     auto document = readDocumentPart(message);
-    int isRepairedFirst = 0;
-    if (!document || sd_bus_message_read(message, "b", &isRepairedFirst) < 0)
+    if (!document)
         return std::nullopt;
     return OpenMessage{std::move(*document), isRepairedFirst != 0};
 }
@@ -351,25 +353,24 @@ bool append(sd_bus_message *message, const WriteMessage &write)
     for (const WriteMessage::ImagePart &part : write.images)
         images.insert(images.end(),
                       {part.pixelSize.width(), part.pixelSize.height(), part.format, part.offset, part.jpegSize});
-    return appendDocument(message, write.document) && appendArray(message, 'i', whole) &&
-           appendArray(message, 'd', origins) && append(message, write.payload) &&
+    return appendArray(message, 'i', whole) && appendArray(message, 'd', origins) && append(message, write.payload) &&
            appended(sd_bus_message_append(message, "x", static_cast<int64_t>(write.overlaysSize))) &&
-           appendArray(message, 'x', images) && appended(sd_bus_message_append(message, "h", write.outputDescriptor));
+           appendArray(message, 'x', images) && appended(sd_bus_message_append(message, "h", write.outputDescriptor)) &&
+           appendDocument(message, write.document);
 }
 
 std::optional<WriteMessage> readWrite(sd_bus_message *message)
 {
-    if (!isMessageOf(message, "hxayaiadhxxaxh"))
+    if (!isMessageOf(message, "aiadhxxaxhhxay"))
         return std::nullopt;
-    auto document = readDocumentPart(message);
     std::span<const qint32> whole;
     std::span<const double> origins;
-    if (!document || !readArray(message, 'i', whole) || !readArray(message, 'd', origins))
+    if (!readArray(message, 'i', whole) || !readArray(message, 'd', origins))
         return std::nullopt;
     auto pages = writePagesFrom(whole, origins);
     if (!pages)
         return std::nullopt;
-    WriteMessage write{std::move(*document), std::move(*pages), {}, 0, {}, -1};
+    WriteMessage write{{}, std::move(*pages), {}, 0, {}, -1};
     int64_t payloadSize = 0;
     int64_t overlaysSize = 0;
     std::span<const qint64> images;
@@ -381,6 +382,10 @@ std::optional<WriteMessage> readWrite(sd_bus_message *message)
     if (!readArray(message, 'x', images) || !readImageParts(images, write) ||
         sd_bus_message_read(message, "h", &write.outputDescriptor) < 0)
         return std::nullopt;
+    auto document = readDocumentPart(message);
+    if (!document)
+        return std::nullopt;
+    write.document = std::move(*document);
     return write;
 }
 

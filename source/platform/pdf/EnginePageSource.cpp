@@ -25,7 +25,7 @@ namespace
 {
 
 // A job that was given up and does not end within this time loses its helper as soon as a visible page needs one.
-constexpr int graceMilliseconds = 30;
+constexpr int graceMilliseconds = 10;
 // Only when visible pages have been waiting for this long is a second process worth starting.
 constexpr int secondHelperDelayMilliseconds = 30;
 constexpr int firstPagePatienceMilliseconds = 100;

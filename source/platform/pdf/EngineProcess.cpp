@@ -16,6 +16,7 @@
 #include <cstring>
 #include <mutex>
 #include <optional>
+#include <system_error>
 #include <thread>
 #include <utility>
 
@@ -47,8 +48,9 @@ struct Spare
 
 Spare &spare()
 {
-    static Spare theSpare;
-    return theSpare;
+    // Never destroyed: threads may look after it while the process ends.
+    static auto *theSpare = new Spare; // NOLINT(cppcoreguidelines-owning-memory)
+    return *theSpare;
 }
 
 // Beside the program in a build, in the folder for helper programs where it is installed.
@@ -69,6 +71,17 @@ Error startingFailed(int code)
         QStringLiteral("a helper process could not be started: %1").arg(QString::fromLocal8Bit(std::strerror(code))));
     return {QCoreApplication::translate(
         "EngineProcess", "A part of Inkory that reads files could not be started. Installing Inkory again may help.")};
+}
+
+// Runs the function on a thread of its own; answers whether a thread could be had.
+template <class Function> bool runDetached(Function function)
+{
+    try {
+        std::thread(std::move(function)).detach();
+        return true;
+    } catch (const std::system_error &) {
+        return false;
+    }
 }
 
 int spawnHelper(const QByteArray &program, EngineKind kind, int socket, pid_t &pid)
@@ -188,11 +201,11 @@ void EngineProcess::fillSpare()
 
 void EngineProcess::refillSpareLater()
 {
-    std::thread([] {
+    (void)runDetached([] { // without a spare, the next helper is only started later
         std::this_thread::sleep_for(refillDelay);
         const std::lock_guard lock(spare().mutex);
         fillSpare();
-    }).detach();
+    });
 }
 
 void EngineProcess::dropSpare()
@@ -211,7 +224,11 @@ Result<std::unique_ptr<EngineProcess>> EngineProcess::spawn(EngineKind kind)
     if (socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, ends.data()) != 0)
         return startingFailed(errno);
     auto life = std::make_shared<Life>();
-    std::thread([life, program, kind, socket = ends[1]] { life->live(*program, kind, socket); }).detach();
+    if (!runDetached([life, program, kind, socket = ends[1]] { life->live(*program, kind, socket); })) {
+        ::close(ends[0]);
+        ::close(ends[1]);
+        return startingFailed(EAGAIN);
+    }
     return std::unique_ptr<EngineProcess>(new EngineProcess(std::move(life), ends[0]));
 }
 

@@ -21,8 +21,9 @@ namespace
 
 using Ending = EngineChannel::Ending;
 
-constexpr EngineChannel::Limits readLimits{20'000, 60'000};
-constexpr EngineChannel::Limits takeLimits{10'000, 60'000};
+// The slowest picture that is read takes a second; somebody may be waiting.
+constexpr EngineChannel::Limits readLimits{8'000, 15'000};
+constexpr EngineChannel::Limits takeLimits{2'000, 5'000};
 constexpr int idleMilliseconds = 5'000;
 constexpr std::size_t mostIdle = 2;
 // A helper may also die of something else than its image.
@@ -118,7 +119,7 @@ Result<ImagePtr> decodeInHelper(int descriptor, qint64 size)
         if (!channel)
             return channel.error();
         const auto reply = read(**channel, descriptor, size, ending);
-        if (!reply)
+        if (!reply || reply->jpegSize > size)
             continue;
         if (reply->problem != ImageProblem::None) {
             giveBack(std::move(*channel));

@@ -23,17 +23,27 @@ constexpr int thumbnailHeight = 156;
 constexpr int padding = 10;
 // How long the pictures wait for the first page at most.
 constexpr int patienceMilliseconds = 500;
-constexpr double failureMarkSize = 20;
+constexpr double markSize = 20;
+const QColor markColor(0x80, 0x80, 0x80); // the page is white in every theme
 constexpr float quietTextShare = 0.65F;
 
 // A page that cannot be drawn: the page itself says so in words.
 void drawFailureMark(QPainter &painter, const QRectF &page)
 {
-    const double side = std::min({failureMarkSize, page.width() / 2, page.height() / 2});
+    const double side = std::min({markSize, page.width() / 2, page.height() / 2});
     const QRectF mark(page.center() - QPointF(side, side) / 2, QSizeF(side, side));
-    painter.setPen(QPen(QColor(0x80, 0x80, 0x80), side / 10, Qt::SolidLine, Qt::RoundCap));
+    painter.setPen(QPen(markColor, side / 10, Qt::SolidLine, Qt::RoundCap));
     painter.drawLine(mark.topLeft(), mark.bottomRight());
     painter.drawLine(mark.topRight(), mark.bottomLeft());
+}
+
+// A page that takes long; three dots.
+void drawWaitingMark(QPainter &painter, const QRectF &page)
+{
+    const double distance = std::min({markSize, page.width() / 2, page.height() / 2}) / 2;
+    painter.setPen(QPen(markColor, distance / 3, Qt::SolidLine, Qt::RoundCap));
+    for (const int dot : {-1, 0, 1})
+        painter.drawPoint(page.center() + QPointF(dot * distance, 0));
 }
 
 } // namespace
@@ -98,6 +108,7 @@ PDFThumbnailView::PDFThumbnailView(QWidget *parent) : QListView(parent), m_model
     setFrameShape(QFrame::NoFrame);
     setAccessibleName(tr("Pages"));
     connect(&m_images, &PageImageStore::pieceArrived, viewport(), qOverload<>(&QWidget::update));
+    connect(&m_waitingPages, &WaitingPages::becameOverdue, viewport(), qOverload<>(&QWidget::update));
     connect(selectionModel(), &QItemSelectionModel::currentChanged, this, [this](const QModelIndex &current) {
         if (m_view && current.isValid() && current.row() != m_view->currentPageIndex())
             m_view->goToPage(current.row());
@@ -166,8 +177,10 @@ void PDFThumbnailView::showCurrentPage()
 void PDFThumbnailView::paintEvent(QPaintEvent *event)
 {
     QListView::paintEvent(event);
-    if (event->rect().contains(viewport()->rect()))
-        m_images.cancelStaleRequests();
+    if (!event->rect().contains(viewport()->rect()))
+        return;
+    m_images.cancelStaleRequests();
+    m_waitingPages.endFrame();
 }
 
 void PDFThumbnailView::changeEvent(QEvent *event)
@@ -205,6 +218,8 @@ void PDFThumbnailView::paintThumbnail(QPainter &painter, const QRect &cell, PDFP
             p.drawImage(target, piece->image);
         else if (m_images.hasFailed(drawn, scale * ratio, whole))
             drawFailureMark(p, target);
+        else if (m_waitingPages.isOverdue(drawn.index()))
+            drawWaitingMark(p, target);
     };
     const QTransform transform = page.shownTransform() * QTransform::fromScale(scale, scale) *
                                  QTransform::fromTranslate(target.left(), target.top());

@@ -2,6 +2,7 @@
 
 #include "platform/widgets/PageImageStore.h"
 #include "platform/widgets/ScreenDrawingContext.h"
+#include "platform/widgets/WaitingPages.h"
 
 #include <QListView>
 #include <QPointer>
@@ -46,6 +47,7 @@ private:
     QPointer<PDFView> m_view;
     PageImageStore m_images{DrawPriority::Thumbnail};
     ScaledImages m_stampImages;
+    WaitingPages m_waitingPages;
     Model *m_model;
     bool m_mayRequest = false; // the page itself comes first
 };

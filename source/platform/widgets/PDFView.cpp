@@ -176,6 +176,7 @@ void PDFView::paintEvent(QPaintEvent *event)
     for (const int i : visiblePages())
         paintPage(painter, i, event->rect(), complete);
     m_images.cancelStaleRequests();
+    m_pageNotes.endFrame();
     if (complete && !std::exchange(m_contentComplete, complete))
         Q_EMIT contentCompleted();
     m_contentComplete = complete;
@@ -221,24 +222,28 @@ void PDFView::requestVisibleContent()
 bool PDFView::drawPageContent(QPainter &painter, const PDFPage &page, const QRectF &pageRect)
 {
     painter.fillRect(pageRect, Qt::white);
-    const auto draw = [&](const PageImageStore::Piece &piece) {
+    const QRect visible = visiblePart(page.index());
+    const auto placeOf = [&](const PageImageStore::Piece &piece) {
         const double k = m_scaleFactor / piece.scale; // pixels of the image to pixels of the widget
-        const QRectF target(pageRect.topLeft() + QPointF(piece.region.topLeft()) * k, QSizeF(piece.image.size()) * k);
-        painter.drawImage(target, piece.image);
+        return QRectF(pageRect.topLeft() + QPointF(piece.region.topLeft()) * k, QSizeF(piece.image.size()) * k);
     };
+    const auto draw = [&](const PageImageStore::Piece &piece) { painter.drawImage(placeOf(piece), piece.image); };
     if (const auto *piece = m_images.piece(page, pixelsPerPoint(), neededPixels(pageRect))) {
         draw(*piece);
         return true;
     }
     if (hasFailed(page.index())) {
-        m_failedPageNotes.paintSentence(painter, {page.index(), visiblePart(page.index())});
+        m_pageNotes.paintFailure(painter, {page.index(), visible});
         return true;
     }
-    if (const auto *standIn = m_images.standIn(page)) {
+    const auto *standIn = m_images.standIn(page);
+    if (standIn && placeOf(*standIn).intersects(visible)) {
         painter.save();
         painter.setClipRect(pageRect, Qt::IntersectClip);
         draw(*standIn);
         painter.restore();
+    } else {
+        m_pageNotes.paintWaiting(painter, {page.index(), visible});
     }
     return false;
 }
@@ -249,14 +254,14 @@ bool PDFView::hasFailed(int pageIndex) const
                               neededPixels(pageRectInWidget(pageIndex)));
 }
 
-void PDFView::placeFailedPageNotes()
+void PDFView::placeDrawAgainButtons()
 {
-    std::vector<FailedPageNotes::Page> failed;
+    std::vector<PageNotes::Page> failed;
     for (const int i : visiblePages()) {
         if (hasFailed(i))
             failed.push_back({i, visiblePart(i)});
     }
-    m_failedPageNotes.showButtons(failed);
+    m_pageNotes.showButtons(failed);
 }
 
 void PDFView::drawAgain(int pageIndex)
@@ -265,7 +270,7 @@ void PDFView::drawAgain(int pageIndex)
     if (!page)
         return;
     m_images.retry(*page);
-    placeFailedPageNotes();
+    placeDrawAgainButtons();
     viewport()->update(visiblePart(pageIndex));
     Q_EMIT pageDrawnAgain(page);
 }
@@ -315,7 +320,7 @@ void PDFView::keyPressEvent(QKeyEvent *event)
 bool PDFView::viewportEvent(QEvent *event)
 {
     if ((event->type() == QEvent::MouseButtonPress || event->type() == QEvent::MouseButtonDblClick) &&
-        m_failedPageNotes.isSecondPress(static_cast<QMouseEvent *>(event)->position().toPoint()))
+        m_pageNotes.isSecondPress(static_cast<QMouseEvent *>(event)->position().toPoint()))
         return true;
     if (event->type() == QEvent::NativeGesture) {
         const auto *gesture = static_cast<QNativeGestureEvent *>(event);
@@ -351,7 +356,7 @@ bool PDFView::eventFilter(QObject *watched, QEvent *event)
 {
     if (watched == m_watchedWindow && event->type() == QEvent::UpdateRequest && isVisible()) {
         viewWillDraw();
-        placeFailedPageNotes();
+        placeDrawAgainButtons();
     }
     return QAbstractScrollArea::eventFilter(watched, event);
 }

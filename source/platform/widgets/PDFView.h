@@ -3,9 +3,9 @@
 #include "platform/core/Geometry.h"
 #include "platform/pdf/PDFDocument.h"
 #include "platform/pdf/PDFPage.h"
-#include "platform/widgets/FailedPageNotes.h"
 #include "platform/widgets/PageImageStore.h"
 #include "platform/widgets/PageLayout.h"
+#include "platform/widgets/PageNotes.h"
 #include "platform/widgets/ScreenDrawingContext.h"
 
 #include <QAbstractScrollArea>
@@ -130,14 +130,14 @@ private:
     /// Asks for what the next frame will show, so that it is being drawn while that frame is still being prepared.
     void requestVisibleContent();
     bool hasFailed(int pageIndex) const;
-    void placeFailedPageNotes();
+    void placeDrawAgainButtons();
     void drawAgain(int pageIndex);
 
     QPointer<PDFDocument> m_document;
     PageLayout m_layout;
     PageImageStore m_images{DrawPriority::Visible};
     ScaledImages m_stampImages;
-    FailedPageNotes m_failedPageNotes{*this, [this](int pageIndex) { drawAgain(pageIndex); }};
+    PageNotes m_pageNotes{*this, [this](int pageIndex) { drawAgain(pageIndex); }};
     QPointer<QWidget> m_watchedWindow;
     double m_scaleFactor = 1;
     int m_lastCurrentPage = -1;

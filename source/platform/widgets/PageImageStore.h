@@ -2,13 +2,11 @@
 
 #include "platform/pdf/PageSource.h"
 
-#include <QHash>
 #include <QImage>
 #include <QObject>
 #include <QPointer>
 #include <QRect>
 
-#include <list>
 #include <map>
 
 namespace inkory
@@ -52,9 +50,6 @@ public:
 
     /// Cancels the requests that were not asked for again (by piece()) since the last call: their pages left the view.
     void cancelStaleRequests();
-
-    /// Whether a request is on its way.
-    bool isBusy() const { return !m_requests.empty(); }
 
 Q_SIGNALS:
     /// A piece of the page with this source index came, or turned out impossible.

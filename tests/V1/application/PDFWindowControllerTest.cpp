@@ -7,6 +7,7 @@
 #include "V1/library/ImageStampCollection.h"
 #include "V1/library/ImageStampSelectionController.h"
 #include "platform/core/NotificationCenter.h"
+#include "platform/widgets/PDFThumbnailView.h"
 #include "platform/widgets/SegmentedControl.h"
 
 #include <QAction>
@@ -118,8 +119,10 @@ TEST_F(PDFWindowControllerTest, ThePageAreaAsksForPasswordsUntilOneFitsAndSaysWh
         open(makeFile("b.pdf", troubleSample(QStringLiteral("encrypted-with-password")).bytes));
     EXPECT_TRUE(QTest::qWaitFor([&] { return !locked.pdfDoc()->message().isEmpty(); }));
     auto *field = locked.pdfWindowController()->window()->findChild<QLineEdit *>(QStringLiteral("passwordField"));
+    const auto *sidePanel = field->window()->findChild<PDFThumbnailView *>();
     for (const char *password : {"wrong", "secret"}) {
         EXPECT_TRUE(field->isVisible() && field->isEnabled() && field->text().isEmpty());
+        EXPECT_FALSE(sidePanel->isVisible());
         EXPECT_EQ(field->window()->focusWidget(), field);
         QTest::keyClicks(field, QLatin1String(password));
         QSignalSpy changed(locked.pdfDoc(), &inkory::PDFDocument::stateChanged);
@@ -127,6 +130,7 @@ TEST_F(PDFWindowControllerTest, ThePageAreaAsksForPasswordsUntilOneFitsAndSaysWh
         EXPECT_TRUE(changed.wait());
     }
     EXPECT_TRUE(!field->isVisible() && locked.pdfWindowController()->pdfView()->isVisible());
+    EXPECT_TRUE(sidePanel->isVisible());
 
     PDFDocumentModel &bad = open(makeFile("c.pdf", "no PDF at all"));
     EXPECT_TRUE(QTest::qWaitFor([&] { return !bad.pdfDoc()->message().isEmpty(); }));
@@ -175,13 +179,18 @@ TEST_F(PDFWindowControllerTest, ForeignNamesAreShownAsOneHarmlessLine)
 TEST_F(PDFWindowControllerTest, ARepairedDocumentSaysSoUntilTheNoticeIsClosed)
 {
     EXPECT_FALSE(part<NoticeStrip>("noticeStrip").isVisible());
-    const PDFDocumentModel &repaired =
-        open(makeFile("b.pdf", troubleSample(QStringLiteral("no-cross-references")).bytes));
-    EXPECT_TRUE(QTest::qWaitFor([&] { return repaired.pdfDoc()->isGeometrySettled(); }));
-    const auto *strip = repaired.pdfWindowController()->window()->findChild<NoticeStrip *>();
-    EXPECT_TRUE(strip->isVisible());
-    strip->findChild<QToolButton *>()->click();
-    EXPECT_FALSE(strip->isVisible());
+    const QByteArray readOnly = troubleSample(QStringLiteral("protected-against-changes")).bytes;
+    for (const QByteArray &damaged : {troubleSample(QStringLiteral("no-cross-references")).bytes,
+                                      QByteArray(readOnly).replace("startxref\n", "startxref\n9")}) {
+        const PDFDocumentModel &repaired = open(makeFile(damaged.contains("/Encrypt") ? "c.pdf" : "b.pdf", damaged));
+        EXPECT_TRUE(QTest::qWaitFor([&] { return repaired.pdfDoc()->isGeometrySettled(); }));
+        const auto *strip = repaired.pdfWindowController()->window()->findChild<NoticeStrip *>();
+        EXPECT_TRUE(strip->isVisible());
+        EXPECT_EQ(strip->findChild<QLabel *>(QStringLiteral("noticeText"))->text().contains(QStringLiteral("sign it")),
+                  repaired.pdfDoc()->canSave());
+        strip->findChild<QToolButton *>()->click();
+        EXPECT_FALSE(strip->isVisible());
+    }
 }
 
 TEST_F(PDFWindowControllerTest, ALongOpeningCanBeCancelledWithoutAQuestion)

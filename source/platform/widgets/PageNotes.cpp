@@ -1,4 +1,4 @@
-#include "platform/widgets/FailedPageNotes.h"
+#include "platform/widgets/PageNotes.h"
 
 #include <QAbstractScrollArea>
 #include <QApplication>
@@ -29,19 +29,26 @@ QSize wrappedSize(const QFontMetrics &metrics, const QString &text, int width)
 
 } // namespace
 
-FailedPageNotes::FailedPageNotes(QAbstractScrollArea &view, std::function<void(int)> retry)
+PageNotes::PageNotes(QAbstractScrollArea &view, std::function<void(int)> retry)
     : m_view(view), m_retry(std::move(retry))
 {
+    QObject::connect(&m_waitingPages, &WaitingPages::becameOverdue, &m_waitingPages,
+                     [this] { m_view.viewport()->update(); });
 }
 
-FailedPageNotes::Places FailedPageNotes::placesOn(const Page &page) const
+QString PageNotes::failureSentence()
+{
+    return tr("This page cannot be drawn.");
+}
+
+PageNotes::Places PageNotes::placesOn(const Page &page) const
 {
     const QRect inner = page.area.adjusted(margin, margin, -margin, -margin);
     const auto found = m_buttons.find(page.index);
     if (found == m_buttons.end())
         return {inner, {}};
     const QSize button = found->second->sizeHint();
-    const QSize text = wrappedSize(m_view.viewport()->fontMetrics(), tr("This page cannot be drawn."), inner.width());
+    const QSize text = wrappedSize(m_view.viewport()->fontMetrics(), failureSentence(), inner.width());
     const int height = text.height() + gap + button.height();
     if (height > inner.height() || std::max(text.width(), button.width()) > inner.width())
         return {inner, {}};
@@ -50,10 +57,19 @@ FailedPageNotes::Places FailedPageNotes::placesOn(const Page &page) const
     return {{inner.x(), top, inner.width(), text.height()}, {corner, button}};
 }
 
-void FailedPageNotes::paintSentence(QPainter &painter, const Page &page) const
+void PageNotes::paintFailure(QPainter &painter, const Page &page) const
 {
-    const QRect place = placesOn(page).text;
-    const QString sentence = tr("This page cannot be drawn.");
+    paintSentence(painter, placesOn(page).text, failureSentence());
+}
+
+void PageNotes::paintWaiting(QPainter &painter, const Page &page)
+{
+    if (m_waitingPages.isOverdue(page.index))
+        paintSentence(painter, placesOn(page).text, tr("Drawing this page…"));
+}
+
+void PageNotes::paintSentence(QPainter &painter, const QRect &place, const QString &sentence) const
+{
     const QFontMetrics metrics = m_view.viewport()->fontMetrics();
     painter.setPen(textColor);
     const QSize whole = wrappedSize(metrics, sentence, place.width());
@@ -63,7 +79,7 @@ void FailedPageNotes::paintSentence(QPainter &painter, const Page &page) const
         painter.drawText(place, Qt::AlignCenter, metrics.elidedText(sentence, Qt::ElideRight, place.width()));
 }
 
-void FailedPageNotes::showButtons(const std::vector<Page> &failedPages)
+void PageNotes::showButtons(const std::vector<Page> &failedPages)
 {
     const auto former = m_buttons;
     for (const auto &[index, button] : former) {
@@ -87,7 +103,7 @@ void FailedPageNotes::showButtons(const std::vector<Page> &failedPages)
     }
 }
 
-QPushButton *FailedPageNotes::addButton(int pageIndex)
+QPushButton *PageNotes::addButton(int pageIndex)
 {
     auto *button = new QPushButton(tr("Try Again"), m_view.viewport());
     button->setObjectName(QStringLiteral("drawAgainButton"));
@@ -99,20 +115,20 @@ QPushButton *FailedPageNotes::addButton(int pageIndex)
     return button;
 }
 
-void FailedPageNotes::pressed(int pageIndex)
+void PageNotes::pressed(int pageIndex)
 {
     m_pressedPlace = m_buttons.at(pageIndex)->geometry();
     m_sincePress.start();
     m_retry(pageIndex);
 }
 
-bool FailedPageNotes::isSecondPress(const QPoint &position) const
+bool PageNotes::isSecondPress(const QPoint &position) const
 {
     return m_sincePress.isValid() && !m_sincePress.hasExpired(QApplication::doubleClickInterval()) &&
            m_pressedPlace.contains(position);
 }
 
-void FailedPageNotes::removeButton(int pageIndex)
+void PageNotes::removeButton(int pageIndex)
 {
     QPushButton *button = m_buttons.extract(pageIndex).mapped();
     if (button->hasFocus())
