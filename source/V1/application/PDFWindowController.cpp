@@ -255,11 +255,13 @@ void PDFWindowController::showGeometryState()
     const bool isOpen = m_pdfDoc && m_pdfDoc->state() == PDFDocument::State::Open;
     const QString readOnlyReason = isOpen ? m_pdfDoc->readOnlyReason() : QString();
     m_statusBar->showInlineMessage(m_isSaving ? tr("Saving…") : readOnlyReason, DocumentStatusBar::Stay::UntilReplaced);
-    if (isOpen && m_pdfDoc->isGeometrySettled() && m_pdfDoc->wasRepaired() && !std::exchange(m_hasToldOfRepair, true))
-        m_noticeStrip->showNotice(readOnlyReason.isEmpty()
-                                      ? tr("This document was damaged and has been repaired while it was opened. Check "
-                                           "its pages before you sign it.")
-                                      : tr("This document was damaged and has been repaired while it was opened."));
+    if (!isOpen || !m_pdfDoc->isGeometrySettled() || !m_pdfDoc->wasRepaired() || std::exchange(m_hasToldOfRepair, true))
+        return;
+    m_noticeStrip->showNotice(
+        readOnlyReason.isEmpty()
+            ? tr("This document was damaged and has been repaired while it was opened. Check its pages before you sign "
+                 "it.")
+            : tr("This document was damaged and has been repaired while it was opened."));
 }
 
 void PDFWindowController::showSignatureImage()

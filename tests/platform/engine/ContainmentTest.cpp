@@ -1,7 +1,7 @@
 #include "platform/engine/Containment.h"
 
-#include "platform/engine/LandlockRules.h"
 #include "platform/core/Sanitizers.h"
+#include "platform/engine/LandlockRules.h"
 
 #include "support/Tools.h"
 

@@ -101,10 +101,13 @@ TEST_F(RecentDocumentsTest, UpdatesAnEntryAndKeepsWhatOthersWroteAlsoWhenCleared
     EXPECT_TRUE(entries.at(0).isOwn);
     EXPECT_FALSE(entries.at(1).isOwn);
 
-    recent.add(makeFile("own.pdf"), at(3));
+    const QUrl own = makeFile("own.pdf");
+    recent.add(own, at(3));
+    writeList(list().replace("</xbel>", entryXml(own, pdf, 3).toUtf8() + "</xbel>")); // and another program anew
     recent.clear(at(4));
-    EXPECT_EQ(list().count("Inkory") + list().count("own.pdf"), 0);
-    EXPECT_EQ(list().count("name=\"Other\""), 2);
+    EXPECT_EQ(list().count("Inkory"), 0);
+    EXPECT_EQ(list().count("own.pdf"), 1);
+    EXPECT_EQ(list().count("name=\"Other\""), 3);
     EXPECT_TRUE(recent.urls().isEmpty());
 }
 
