@@ -115,8 +115,10 @@ int main(int argc, char **argv)
     prepareEnvironment(folder.path());
     const QGuiApplication application(argc, argv);
 
+    constexpr int startCount = 21;
     std::vector<double> starts;
-    for (int i = 0; i < 21; ++i)
+    starts.reserve(startCount);
+    for (int i = 0; i < startCount; ++i)
         starts.push_back(millisecondsToStart());
     reportNumber(QStringLiteral("start of a helper, until it answers"), median(starts), QStringLiteral("ms"), 30);
 

@@ -80,7 +80,7 @@ public:
         m_line.insert(QStringLiteral("milliseconds"), std::round(all));
         m_line.insert(QStringLiteral("longestBlockMs"), std::round(m_application.longestMilliseconds() * 10) / 10);
         m_line.insert(QStringLiteral("longestBlockWas"), m_application.longestWas());
-        m_line.insert(QStringLiteral("windowPeakGrowthMB"), double((statusFigure("VmHWM") - before) / 1024));
+        m_line.insert(QStringLiteral("windowPeakGrowthMB"), std::round(double(statusFigure("VmHWM") - before) / 1024));
         return m_line;
     }
 
