@@ -46,10 +46,14 @@ public:
     void handleToken(const Token &token) override
     {
         followNesting(token.getType());
+        if (token.getType() != QPDFTokenizer::tt_space)
+            ++tokenCount;
         if (token.getType() == QPDFTokenizer::tt_word && isUnmatched(token.getValue()))
             return;
         writeToken(token);
     }
+
+    int tokenCount = 0;
 
     ContentBalance balance() const
     {
@@ -120,7 +124,17 @@ ContentBalance contentBalance(const std::string &content)
 {
     BalanceFilter filter;
     run(content, filter);
-    return filter.balance();
+    ContentBalance balance = filter.balance();
+    if (balance.unmatchedRestores == 0)
+        return balance;
+    // Where an inline image ends is a guess by what follows it, and may come out otherwise without the restores.
+    BalanceFilter cleaned;
+    run(withoutUnmatchedRestores(content), cleaned);
+    const ContentBalance after = cleaned.balance();
+    balance.isSound = balance.isSound && after.isSound && after.unmatchedRestores == 0 &&
+                      after.openSaves == balance.openSaves && after.isTextOpen == balance.isTextOpen &&
+                      cleaned.tokenCount == filter.tokenCount - balance.unmatchedRestores;
+    return balance;
 }
 
 std::string withoutUnmatchedRestores(const std::string &content)

@@ -96,6 +96,8 @@ private:
                 m_position = m_bytes.size();
                 return;
             }
+            if (m_position + 1 == m_bytes.size())
+                return; // cut off inside a marker
             const int following = byteAt(m_bytes, m_position + 1);
             if (following != StuffedZero && (following < FirstRestart || following > LastRestart))
                 return;
@@ -115,6 +117,10 @@ bool isFrame(quint8 marker)
 
 void readFrame(const QByteArray &bytes, const Piece &piece, JpegStructure &structure)
 {
+    constexpr qsizetype sizeBesideComponents = 6;
+    const qsizetype size = piece.segmentEnd - piece.data;
+    if (size < sizeBesideComponents || size < sizeBesideComponents + 3 * byteAt(bytes, piece.data + 5))
+        return; // what stands behind it is something else
     structure.bitsPerComponent = byteAt(bytes, piece.data);
     structure.height = wordAt(bytes, piece.data + 1);
     structure.width = wordAt(bytes, piece.data + 3);
@@ -175,7 +181,8 @@ std::optional<JpegStructure> readJpegStructure(const QByteArray &bytes)
             readFrame(bytes, *piece, structure);
         else if (piece->marker == StartOfScan) {
             hasScan = true;
-            if (byteAt(bytes, piece->data) < structure.componentCount)
+            const bool hasCount = piece->segmentEnd > piece->data;
+            if (!hasCount || byteAt(bytes, piece->data) < structure.componentCount)
                 structure.isDecodedAsAWhole = true;
         }
     }

@@ -113,6 +113,24 @@ private:
     std::vector<Inherited> m_pages;
 };
 
+// What a page, or a node above it, says in vain keeps it from getting what it inherited.
+void keepGeometry(const QpdfPage &page)
+{
+    QPDFObjectHandle object = *page.object;
+    const PageGeometry &meant = page.geometry;
+    if (!object.getKey("/Rotate").isInteger())
+        object.replaceKey("/Rotate", QPDFObjectHandle::newInteger(meant.rotation));
+    const PageGeometry said = cleanGeometry(boxFromObject(object.getKey("/MediaBox")),
+                                            boxFromObject(object.getKey("/CropBox")), meant.rotation);
+    if (said == meant)
+        return;
+    const auto objectOf = [](const PageRect &box) {
+        return QPDFObjectHandle::newFromRectangle({box.x, box.y, box.maxX(), box.maxY()});
+    };
+    object.replaceKey("/MediaBox", objectOf(meant.mediaBox));
+    object.replaceKey("/CropBox", objectOf(meant.cropBox));
+}
+
 } // namespace
 
 std::vector<QpdfPage> readPages(QPDF &document)
@@ -133,14 +151,18 @@ std::vector<QpdfPage> readPages(QPDF &document)
     return pages;
 }
 
-void setPages(QPDF &document, const std::vector<QPDFObjectHandle> &pages)
+void setPages(QPDF &document, const std::vector<QpdfPage> &pages)
 {
     QPDFPageDocumentHelper(document).pushInheritedAttributesToPage();
     QPDFObjectHandle root = document.getRoot().getKey("/Pages");
-    for (QPDFObjectHandle page : pages)
-        page.replaceKey("/Parent", root);
-    root.replaceKey("/Kids", QPDFObjectHandle::newArray(pages));
-    root.replaceKey("/Count", QPDFObjectHandle::newInteger(static_cast<int>(pages.size())));
+    std::vector<QPDFObjectHandle> kids;
+    for (const QpdfPage &page : pages) {
+        page.object->replaceKey("/Parent", root);
+        keepGeometry(page);
+        kids.push_back(*page.object);
+    }
+    root.replaceKey("/Kids", QPDFObjectHandle::newArray(kids));
+    root.replaceKey("/Count", QPDFObjectHandle::newInteger(static_cast<int>(kids.size())));
     document.updateAllPagesCache();
 }
 

@@ -25,8 +25,9 @@ struct QpdfPage
 /// throws. Pages that stand in the tree twice become two pages, as the library does it.
 std::vector<QpdfPage> readPages(QPDF &document);
 
-/// Makes these pages the document's pages, in this order, whatever its page tree looked like. Takes time in proportion
-/// to their number, unlike taking pages out and in one by one. Throws what the library throws.
-void setPages(QPDF &document, const std::vector<QPDFObjectHandle> &pages);
+/// Makes these pages the document's pages, in this order, with the boxes that they have, whatever its page tree looked
+/// like. Takes time in proportion to their number, unlike taking pages out and in one by one. Throws what the library
+/// throws.
+void setPages(QPDF &document, const std::vector<QpdfPage> &pages);
 
 } // namespace inkory

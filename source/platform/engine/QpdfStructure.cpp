@@ -53,6 +53,11 @@ bool tellsOfRepair(const QPDFExc &warning)
            text.starts_with("recovered stream length");
 }
 
+bool hasArea(const PageRect &box)
+{
+    return box.width >= minPageSide && box.height >= minPageSide;
+}
+
 std::shared_ptr<QPDF> newDocument()
 {
     auto document = QPDF::create();
@@ -101,12 +106,12 @@ PageGeometry cleanGeometry(const std::optional<PageRect> &mediaBox, const std::o
                            long long rotation)
 {
     PageGeometry geometry;
-    if (mediaBox && !mediaBox->isEmpty())
+    if (mediaBox && hasArea(*mediaBox))
         geometry.mediaBox = *mediaBox;
     geometry.mediaBox.width = std::min(geometry.mediaBox.width, maxPageSide);
     geometry.mediaBox.height = std::min(geometry.mediaBox.height, maxPageSide);
     geometry.cropBox = cropBox ? intersection(geometry.mediaBox, *cropBox) : geometry.mediaBox;
-    if (geometry.cropBox.isEmpty())
+    if (!hasArea(geometry.cropBox))
         geometry.cropBox = geometry.mediaBox;
     geometry.rotation = normalizedRotation(static_cast<int>(rotation % 360));
     return geometry;
@@ -157,9 +162,7 @@ RepairedDocument repairedDocument(const QByteArray &bytes, const QByteArray &pas
 {
     try {
         const QpdfFile file = openWithQpdf(bytes, password);
-        std::vector<QPDFObjectHandle> pages;
-        for (const QpdfPage &page : readPages(*file.document))
-            pages.push_back(*page.object);
+        const std::vector<QpdfPage> pages = readPages(*file.document);
         if (pages.empty())
             return {};
         setPages(*file.document, pages);

@@ -32,11 +32,11 @@ bool isComplete(const WriteRequest &request, std::size_t pageCount, int overlayC
 void applyRequest(QPDF &document, const WriteRequest &request, const std::vector<QpdfPage> &pages, OverlayForms &forms)
 {
     bool isReordered = false;
-    std::vector<QPDFObjectHandle> order;
+    std::vector<QpdfPage> order;
     for (std::size_t i = 0; i < request.pages.size(); ++i) {
         const WritePage &written = request.pages[i];
         const QpdfPage &page = pages[static_cast<std::size_t>(written.sourcePage)];
-        order.push_back(*page.object);
+        order.push_back(page);
         isReordered = isReordered || static_cast<std::size_t>(written.sourcePage) != i;
         if (normalizedRotation(written.rotation) != page.geometry.rotation) {
             page.object->replaceKey("/Rotate", QPDFObjectHandle::newInteger(normalizedRotation(written.rotation)));

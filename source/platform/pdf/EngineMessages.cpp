@@ -70,12 +70,19 @@ std::vector<double> numbersOf(const std::vector<PageGeometry> &pages)
     return numbers;
 }
 
+constexpr double farthest = 2e9; // coordinates, with room
+
 bool isBox(const PageRect &box)
 {
-    constexpr double farthest = 2e9;
-    constexpr double smallest = 1e-3; // whoever divides by it gets a number that can be used
-    return isWithin(box.x, farthest) && isWithin(box.y, farthest) && box.width >= smallest && box.height >= smallest &&
-           box.width <= maxPageSide && box.height <= maxPageSide;
+    return isWithin(box.x, farthest) && isWithin(box.y, farthest) && box.width >= minPageSide &&
+           box.height >= minPageSide && box.width <= maxPageSide && box.height <= maxPageSide;
+}
+
+bool isInside(const PageRect &inner, const PageRect &outer)
+{
+    constexpr double rounding = 1e-3; // of the farthest coordinates
+    return inner.x >= outer.x - rounding && inner.y >= outer.y - rounding && inner.maxX() <= outer.maxX() + rounding &&
+           inner.maxY() <= outer.maxY() + rounding;
 }
 
 std::optional<std::vector<PageGeometry>> pagesFrom(std::span<const double> numbers)
@@ -87,8 +94,8 @@ std::optional<std::vector<PageGeometry>> pagesFrom(std::span<const double> numbe
     for (std::size_t i = 0; i < numbers.size(); i += numbersPerPage) {
         const auto n = numbers.subspan(i, numbersPerPage);
         PageGeometry page{{n[0], n[1], n[2], n[3]}, {n[4], n[5], n[6], n[7]}, 0};
-        if (!isBox(page.mediaBox) || !isBox(page.cropBox) || !isWithin(n[8], 270) ||
-            normalizedRotation(static_cast<int>(n[8])) != n[8])
+        if (!isBox(page.mediaBox) || !isBox(page.cropBox) || !isInside(page.cropBox, page.mediaBox) ||
+            !isWithin(n[8], 270) || normalizedRotation(static_cast<int>(n[8])) != n[8])
             return std::nullopt;
         page.rotation = static_cast<int>(n[8]);
         pages.push_back(page);
@@ -146,9 +153,14 @@ std::optional<std::vector<WritePage>> writePagesFrom(std::span<const qint32> who
         whole.size() / 3 > maxPageCount)
         return std::nullopt;
     std::vector<WritePage> pages;
-    for (std::size_t i = 0; i < whole.size() / 3; ++i)
-        pages.push_back(
-            {whole[3 * i], whole[3 * i + 1], whole[3 * i + 2], PagePoint{origins[2 * i], origins[2 * i + 1]}});
+    for (std::size_t i = 0; i < whole.size() / 3; ++i) {
+        const WritePage page{whole[3 * i], whole[3 * i + 1], whole[3 * i + 2],
+                             PagePoint{origins[2 * i], origins[2 * i + 1]}};
+        if (page.sourcePage < 0 || normalizedRotation(page.rotation) != page.rotation || page.overlayPage < -1 ||
+            !isWithin(page.overlayOrigin.x, farthest) || !isWithin(page.overlayOrigin.y, farthest))
+            return std::nullopt;
+        pages.push_back(page);
+    }
     return pages;
 }
 
@@ -293,7 +305,7 @@ std::optional<DrawMessage> readDraw(sd_bus_message *message)
     const auto isReachable = [](qint32 value) {
         return std::abs(qint64(value)) <= std::numeric_limits<int>::max() / 2;
     };
-    if (!isReachable(x) || !isReachable(y) || width <= 0 || height <= 0 || request.page < 0 ||
+    if (!isReachable(x) || !isReachable(y) || !isImageSide(width) || !isImageSide(height) || request.page < 0 ||
         request.extraQuarterTurns < 0 || request.extraQuarterTurns > 3)
         return std::nullopt;
     request.region = QRect(x, y, width, height);

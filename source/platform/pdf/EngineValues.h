@@ -23,6 +23,8 @@ namespace inkory
 constexpr int maxPageCount = 100'000;
 /// In points; what is larger is cut off.
 constexpr double maxPageSide = 14'400;
+/// A box that is smaller has no area. Whoever divides by a side gets a number that can be used.
+constexpr double minPageSide = 1e-3;
 
 /// Bytes of a document, also of one that is to be written.
 constexpr std::int64_t maxFileSize = 2'147'483'647;
