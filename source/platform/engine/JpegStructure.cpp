@@ -119,7 +119,7 @@ void readFrame(const QByteArray &bytes, const Piece &piece, JpegStructure &struc
 {
     constexpr qsizetype sizeBesideComponents = 6;
     const qsizetype size = piece.segmentEnd - piece.data;
-    if (size < sizeBesideComponents || size < sizeBesideComponents + 3 * byteAt(bytes, piece.data + 5))
+    if (size < sizeBesideComponents || size < sizeBesideComponents + qsizetype(3) * byteAt(bytes, piece.data + 5))
         return; // what stands behind it is something else
     structure.bitsPerComponent = byteAt(bytes, piece.data);
     structure.height = wordAt(bytes, piece.data + 1);
