@@ -26,7 +26,8 @@ namespace
 using Ending = EngineChannel::Ending;
 
 // Ten thousand pages take a second; no document that people sign comes near these.
-constexpr EngineChannel::Limits surveyLimits{30'000, 60'000};
+// Eleven numbers for each page.
+constexpr EngineChannel::Limits surveyLimits{30'000, 60'000, 16LL << 20};
 constexpr EngineChannel::Limits writeLimits{120'000, 300'000};
 constexpr qint64 rowAlignment = 16;
 constexpr int mostAttempts = 2;

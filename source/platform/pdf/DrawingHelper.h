@@ -48,6 +48,9 @@ public:
     /// Whether it has a process now.
     bool isRunning() const { return m_channel && m_channel->isAlive(); }
 
+    /// Whether it can draw at once.
+    bool isOpenFor(const DrawingOrigin &origin) const;
+
     /// Opens the file; only when it is not busy.
     void open(const DrawingOrigin &origin, const Opened &done);
     /// Opens the file before, where it is not open; only when it is not busy.
@@ -62,7 +65,6 @@ public:
     void stop();
 
 private:
-    bool isOpenFor(const DrawingOrigin &origin) const;
     void sendOpening(const DrawingOrigin &origin, const Opened &done);
     void sendDrawing(const DrawRequest &request, const Drawn &done);
     void finishDrawing(EngineChannel::Answer answer, const Drawn &done, const QImage &image);

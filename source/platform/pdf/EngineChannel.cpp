@@ -10,6 +10,7 @@
 #include <utility>
 
 #include <poll.h>
+#include <sys/ioctl.h>
 #include <systemd/sd-bus.h>
 #include <unistd.h>
 
@@ -100,6 +101,7 @@ bool EngineChannel::begin(BusMessage message, Limits limits)
 {
     m_answer.reset();
     m_limits = limits;
+    m_received = 0;
     m_elapsed.start();
     m_cpuBefore = m_process ? m_process->cpuMilliseconds() : 0;
     m_call = std::move(message);
@@ -138,12 +140,28 @@ bool EngineChannel::sendWaiting()
 void EngineChannel::pump()
 {
     for (int i = 0; i < mostStepsAtOnce && m_bus && !m_answer; ++i) {
+        if (isFlooded()) {
+            m_answer = Answer{Ending::Died, {}};
+            return;
+        }
         const int status = sd_bus_process(m_bus.get(), nullptr);
         if (status == 0)
             return;
         if ((status < 0 || !sendWaiting()) && !m_answer)
             m_answer = Answer{deathBefore(), {}};
     }
+}
+
+// Looked at before the library reads, which takes in whatever length a message claims.
+bool EngineChannel::isFlooded()
+{
+    int waiting = 0;
+    if (::ioctl(sd_bus_get_fd(m_bus.get()), FIONREAD, &waiting) == 0)
+        m_received += waiting;
+    if (m_received <= m_limits.answerBytes)
+        return false;
+    logLine(QStringLiteral("a helper that sends more than its answer is ended"));
+    return true;
 }
 
 bool EngineChannel::hasOverrun()

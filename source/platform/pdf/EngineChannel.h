@@ -36,11 +36,13 @@ public:
         /// Only when Answered.
         BusMessage message;
     };
-    /// What a job may take: computing, and in all, which is more on a busy machine.
+    /// What a job may take: computing, and in all, which is more on a busy machine; and how many bytes the helper may
+    /// send meanwhile. Reading is the caller's time, so whoever sends more is mad.
     struct Limits
     {
         qint64 cpuMilliseconds = 0;
         qint64 wallMilliseconds = 0;
+        qint64 answerBytes = 4096;
     };
     using Done = std::function<void(Answer)>;
 
@@ -75,6 +77,7 @@ private:
     bool begin(BusMessage message, Limits limits);
     bool sendWaiting();
     void pump();
+    bool isFlooded();
     bool hasOverrun();
     void watch();
     void finishSent();
@@ -99,6 +102,7 @@ private:
     Limits m_limits;
     QElapsedTimer m_elapsed;
     qint64 m_cpuBefore = 0;
+    qint64 m_received = 0; // bytes since the job began, counted again where they wait for a second look
     Done m_done;
     // They may be calling when the helper is found dead, so they are destroyed from the event loop.
     struct LaterDeleter

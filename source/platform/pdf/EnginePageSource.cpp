@@ -29,6 +29,8 @@ constexpr int graceMilliseconds = 10;
 // Only when visible pages have been waiting for this long is a second process worth starting.
 constexpr int secondHelperDelayMilliseconds = 30;
 constexpr int firstPagePatienceMilliseconds = 100;
+// Helpers without the document open it once nothing has been asked for during this time.
+constexpr int quietMilliseconds = 150;
 // A thumbnail can wait longer for a job to be given up.
 constexpr int thumbnailGraceMilliseconds = 1'000;
 // What the person waits for a document at most, both attempts together.
@@ -78,6 +80,7 @@ OpenOutcome outcomeFor(Ending ending, const OpenReply &reply)
 class EnginePageSource : public PageSource
 {
 public:
+    EnginePageSource();
     void open(std::shared_ptr<DocumentFile> file, const SecretBytes &password, OpenDone done) override;
     void callAfterFirstPage(std::function<void()> done) override;
     DrawToken draw(const DrawRequest &request, DrawPriority priority, DrawDone done) override;
@@ -105,6 +108,7 @@ private:
     void dispatch();
     std::optional<std::size_t> helperFor(DrawPriority priority);
     bool freeHelper(std::size_t index, DrawPriority priority);
+    void openWhereIdle();
     void startDrawing(std::size_t index);
     void finishDrawing(std::size_t index, Ending ending, const QImage &image);
     void noteFirstPage();
@@ -119,10 +123,18 @@ private:
     std::array<Running, helperCount> m_running;
     std::map<Key, Request> m_waiting;
     QElapsedTimer m_visibleWaits; // since when the second helper would be of use
+    QTimer m_quiet;               // from the last page drawn until the helpers are made ready for the next
     DrawToken m_lastToken = 0;
     bool m_hasShownPage = false;
     std::vector<std::function<void()>> m_afterFirstPage;
 };
+
+EnginePageSource::EnginePageSource()
+{
+    m_quiet.setSingleShot(true);
+    m_quiet.setInterval(quietMilliseconds);
+    QObject::connect(&m_quiet, &QTimer::timeout, &m_context, [this] { openWhereIdle(); });
+}
 
 void EnginePageSource::open(std::shared_ptr<DocumentFile> file, const SecretBytes &password, OpenDone done)
 {
@@ -133,6 +145,7 @@ void EnginePageSource::open(std::shared_ptr<DocumentFile> file, const SecretByte
             m_waiting.emplace(m_running[i].key, std::move(*m_running[i].request));
         m_running[i] = {};
     }
+    m_quiet.stop();
     m_origin = {std::move(file), password, false, openingMilliseconds};
     m_opening = std::move(done);
     m_openingAttempts = 0;
@@ -261,8 +274,19 @@ void EnginePageSource::dispatch()
     m_visibleWaits.invalidate();
 }
 
+// Opens the document in helpers that do not have it as it is now, so that no visible page has to wait for that: not
+// behind a page that ignores that it was given up either.
+void EnginePageSource::openWhereIdle()
+{
+    for (DrawingHelper &helper : m_helpers) {
+        if (!helper.isBusy() && !helper.isOpenFor(m_origin))
+            helper.open(m_origin, [this](Ending, const OpenReply &) { dispatchLater(0); });
+    }
+}
+
 void EnginePageSource::startDrawing(std::size_t index)
 {
+    m_quiet.stop();
     auto next = m_waiting.extract(m_waiting.begin());
     m_running[index] = {next.key(), std::move(next.mapped())};
     m_helpers[index].draw(m_origin, m_running[index].request->wanted,
@@ -277,6 +301,8 @@ void EnginePageSource::finishDrawing(std::size_t index, Ending ending, const QIm
     if (isTriedAgain)
         m_waiting.emplace(running.key, std::move(*running.request));
     dispatch(); // before the answer, so that the helper need not wait for what is done with it
+    if (m_waiting.empty() && m_hasShownPage)
+        m_quiet.start();
     if (isTriedAgain || !running.request)
         return;
     if (!m_hasShownPage)

@@ -12,6 +12,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <csignal>
 #include <optional>
 
@@ -131,6 +132,23 @@ TEST_F(DrawEngine, ReplacesAHelperThatDoesNotGiveUpForAVisiblePage)
     EXPECT_TRUE(draw({0, 0, 1, {0, 0, 612, 792}}, DrawPriority::Visible));
     EXPECT_EQ(test::helperProcesses().size(), 1U);
     EXPECT_NE(test::helperProcesses().at(0), stuck);
+}
+
+TEST_F(DrawEngine, HasASecondHelperReadyForAVisiblePage)
+{
+    ASSERT_EQ(open(test::threePages()).state, OpenOutcome::State::Open);
+    ASSERT_TRUE(draw(wholeFirstPage) && draw(wholeFirstPage));
+    ASSERT_TRUE(QTest::qWaitFor([] { return test::helperProcesses().size() == 2; }, 5'000));
+    QTest::qWait(200); // it opens the document
+    const std::vector<pid_t> helpers = test::helperProcesses();
+    const pid_t first = std::min(helpers[0], helpers[1]);
+    kill(first, SIGSTOP);
+    const auto refuse = [](const auto &) { ADD_FAILURE() << "cancelled"; };
+    const DrawToken token = m_source->draw(wholeFirstPage, DrawPriority::Visible, refuse);
+    QTest::qWait(20);
+    m_source->cancel(token);
+    EXPECT_TRUE(draw(wholeFirstPage));
+    EXPECT_EQ(test::helperProcesses(), helpers) << "nobody was in the way, so nobody had to go";
 }
 
 TEST_F(DrawEngine, ASpareHelperThatHasDiedIsNotUsed)
