@@ -21,12 +21,32 @@ namespace
 
 constexpr double maxCoordinate = 1e9;
 
+struct Span
+{
+    double start = 0;
+    double length = 0;
+
+    double end() const { return start + length; }
+    bool contains(const Span &other) const { return start <= other.start && end() >= other.end(); }
+};
+
+// One that lies in the other stays as it is, to the last bit.
+Span commonPart(const Span &a, const Span &b)
+{
+    if (a.contains(b))
+        return b;
+    if (b.contains(a))
+        return a;
+    const double start = std::max(a.start, b.start);
+    return {start, std::min(a.end(), b.end()) - start};
+}
+
 // The part of a that lies in b; no area where they do not meet.
 PageRect intersection(const PageRect &a, const PageRect &b)
 {
-    const double left = std::max(a.x, b.x);
-    const double bottom = std::max(a.y, b.y);
-    return {left, bottom, std::min(a.maxX(), b.maxX()) - left, std::min(a.maxY(), b.maxY()) - bottom};
+    const Span across = commonPart({a.x, a.width}, {b.x, b.width});
+    const Span upward = commonPart({a.y, a.height}, {b.y, b.height});
+    return {across.start, upward.start, across.length, upward.length};
 }
 
 /// Collects what is written in one QByteArray.
