@@ -84,6 +84,27 @@ public:
     void open(std::shared_ptr<DocumentFile> file, const SecretBytes &password, OpenDone done) override;
     void callAfterFirstPage(std::function<void()> done) override;
     DrawToken draw(const DrawRequest &request, DrawPriority priority, DrawDone done) override;
+    DrawToken readText(int, DrawPriority, std::function<void(const Result<PageText> &)> done) override
+    {
+        return refuse<PageText>(std::move(done));
+    }
+    DrawToken readLinks(int, DrawPriority, std::function<void(const Result<std::vector<PageLink>> &)> done) override
+    {
+        return refuse<std::vector<PageLink>>(std::move(done));
+    }
+    DrawToken readOutline(std::function<void(const Result<std::vector<OutlineItem>> &)> done) override
+    {
+        return refuse<std::vector<OutlineItem>>(std::move(done));
+    }
+    DrawToken find(const FindRequest &, std::function<void(const Result<FindReply> &)> done) override
+    {
+        return refuse<FindReply>(std::move(done));
+    }
+    template <class Value> DrawToken refuse(std::function<void(const Result<Value> &)> done)
+    {
+        QTimer::singleShot(0, &m_context, [done = std::move(done)] { done(cannotDraw()); });
+        return ++m_lastToken;
+    }
     void cancel(DrawToken token) override;
 
 private:

@@ -30,6 +30,18 @@ QTransform PDFPage::shownTransform() const
     return shownPageTransform(m_geometry.cropBox, m_rotation);
 }
 
+PageRect PDFPage::rectFromFileSpace(const QRectF &rect) const
+{
+    const QTransform toFile = shownPageTransform(m_geometry.cropBox, m_geometry.rotation);
+    return fromQRectF<PageSpace>(toFile.inverted().mapRect(rect));
+}
+
+PagePoint PDFPage::pointFromFileSpace(const QPointF &point) const
+{
+    const QPointF mapped = shownPageTransform(m_geometry.cropBox, m_geometry.rotation).inverted().map(point);
+    return {mapped.x(), mapped.y()};
+}
+
 void PDFPage::setGeometry(const PageGeometry &geometry)
 {
     m_rotation = normalizedRotation(m_rotation - m_geometry.rotation + geometry.rotation);

@@ -39,6 +39,10 @@ public:
     /// From page space to the shown crop box: see shownPageTransform().
     QTransform shownTransform() const;
 
+    /// From the page as its file shows it (see PageText.h) to page space.
+    PageRect rectFromFileSpace(const QRectF &rect) const;
+    PagePoint pointFromFileSpace(const QPointF &point) const;
+
     /// Puts the confirmed geometry in the place of an assumed one; a rotation by the user stays.
     void setGeometry(const PageGeometry &geometry);
 

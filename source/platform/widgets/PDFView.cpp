@@ -108,6 +108,14 @@ void PDFView::goToPage(int index)
     noteCurrentPage();
 }
 
+PDFView::Place PDFView::place() const
+{
+    return {};
+}
+
+void PDFView::goToPlace(const Place &) {}
+void PDFView::scrollToVisible(const PageRect &, const PDFPage *) {}
+
 void PDFView::annotationsChangedOnPage(const PDFPage *page)
 {
     if (page) {

@@ -3,6 +3,7 @@
 #include "platform/core/Geometry.h"
 #include "platform/pdf/PDFDocument.h"
 #include "platform/pdf/PDFPage.h"
+#include "platform/pdf/PageText.h"
 #include "platform/widgets/PageImageStore.h"
 #include "platform/widgets/PageLayout.h"
 #include "platform/widgets/PageNotes.h"
@@ -54,6 +55,45 @@ public:
     /// the document are ignored.
     void goToPage(int index);
 
+    /// Where in the document the view stands: the page at the view's upper left corner, and that corner in page space.
+    struct Place
+    {
+        int pageIndex = -1;
+        PagePoint corner;
+
+        bool operator==(const Place &) const = default;
+    };
+    Place place() const;
+    /// As far as scrolling goes; the zoom factor stays. Places outside the document are ignored.
+    void goToPlace(const Place &place);
+    /// Scrolls no further than needed for the rectangle, with some space around it, to be in the view; not at all when
+    /// it is in view. Of a rectangle larger than the view, its upper left corner.
+    void scrollToVisible(const PageRect &rect, const PDFPage *page);
+
+    // Reading: the text of pages, their links, and marks on them.
+
+    bool hasTextSelection() const;
+    /// Lines end with line feeds; pages too.
+    QString selectedText() const;
+    /// Puts the selected text on the clipboard; nothing without one.
+    void copySelection();
+    /// All text of the current page.
+    void selectAllText();
+    void clearTextSelection();
+
+    /// What a search found, to be marked on the pages; `current` is the index of the mark that stands out, or -1.
+    void setFindMarks(std::vector<FindHit> marks, int current);
+    /// The document's page that shows this page of the file; none where it has no such page.
+    PDFPage *pageForSourceIndex(int sourceIndex) const;
+
+    /// Goes to a destination inside the document, and remembers the place that is left.
+    void followDestination(const PageDestination &destination);
+    bool canGoBack() const;
+    bool canGoForward() const;
+    /// To the place that was left last, and on again.
+    void goBack();
+    void goForward();
+
     ViewRect convertRectFromPage(const PageRect &rect, const PDFPage *page) const;
     PageRect convertRectToPage(const ViewRect &rect, const PDFPage *page) const;
     ViewPoint convertPointFromPage(const PagePoint &point, const PDFPage *page) const;
@@ -92,12 +132,20 @@ Q_SIGNALS:
     void pageAppearanceChanged(const inkory::PDFPage *page);
     /// isContentComplete() became true.
     void contentCompleted();
+    void textSelectionChanged();
+    /// canGoBack() or canGoForward() may have changed.
+    void historyChanged();
+    /// A press on a link that leads out of the document: http, https or mailto. Nothing has been opened.
+    void addressActivated(const QString &address);
     /// The page, which could not be drawn, is being tried again because the person wants it.
     void pageDrawnAgain(const inkory::PDFPage *page);
 
 protected:
     /// Called once before each frame is painted. Marks that it makes join that frame.
     virtual void viewWillDraw() {}
+    /// Whether a finger that starts to move here drags what stands there (its moves arrive as a mouse's) instead of the
+    /// pages.
+    virtual bool claimsTouch(const ViewPoint &) const { return false; }
 
     void paintEvent(QPaintEvent *event) override;
     void resizeEvent(QResizeEvent *event) override;
