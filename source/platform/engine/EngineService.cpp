@@ -2,6 +2,7 @@
 
 #include "platform/core/Log.h"
 #include "platform/engine/QpdfWriter.h"
+#include "platform/pdf/ReadingMessages.h"
 
 #include <algorithm>
 #include <atomic>
@@ -76,6 +77,11 @@ EngineControl &EngineService::control() const
     return *reinterpret_cast<EngineControl *>(m_control->data());
 }
 
+std::function<bool()> EngineService::cancellationOf(quint32 job) const
+{
+    return [this, job] { return std::atomic_ref(control().cancelledJob).load() == job; };
+}
+
 bool EngineService::open(sd_bus_message *call, sd_bus_message *reply)
 {
     const auto message = readOpen(call);
@@ -96,9 +102,31 @@ bool EngineService::draw(sd_bus_message *call, sd_bus_message *reply)
     if (!memory || !m_control)
         return false;
     QImage target = imageInMemory(*memory, message->request.region.size(), QImage::Format_RGB32);
-    const std::atomic_ref cancelled(control().cancelledJob);
-    const bool isDrawn = m_drawer.draw(message->request, target, [&] { return cancelled.load() == message->job; });
-    return append(reply, isDrawn);
+    return append(reply, m_drawer.draw(message->request, target, cancellationOf(message->job)));
+}
+
+bool EngineService::readText(sd_bus_message *call, sd_bus_message *reply)
+{
+    const auto message = readReadPage(call);
+    return message && m_control && append(reply, m_reader.text(message->page, cancellationOf(message->job)));
+}
+
+bool EngineService::readLinks(sd_bus_message *call, sd_bus_message *reply)
+{
+    const auto message = readReadPage(call);
+    return message && append(reply, m_reader.links(message->page));
+}
+
+bool EngineService::readOutline(sd_bus_message *call, sd_bus_message *reply)
+{
+    const auto message = readReadOutline(call);
+    return message && m_control && append(reply, m_reader.outline(cancellationOf(message->job)));
+}
+
+bool EngineService::find(sd_bus_message *call, sd_bus_message *reply)
+{
+    const auto message = readFind(call);
+    return message && m_control && append(reply, m_reader.find(message->request, cancellationOf(message->job)));
 }
 
 bool EngineService::survey(sd_bus_message *call, sd_bus_message *reply)
@@ -168,10 +196,16 @@ bool EngineService::takeImage(sd_bus_message *call, sd_bus_message *reply)
 
 BusMessage EngineService::answerTo(sd_bus_message *call)
 {
-    static constexpr Method methods[] = {
-        {engineBus::open, &EngineService::open},           {engineBus::draw, &EngineService::draw},
-        {engineBus::survey, &EngineService::survey},       {engineBus::write, &EngineService::write},
-        {engineBus::readImage, &EngineService::readImage}, {engineBus::takeImage, &EngineService::takeImage}};
+    static constexpr Method methods[] = {{engineBus::open, &EngineService::open},
+                                         {engineBus::draw, &EngineService::draw},
+                                         {engineBus::readText, &EngineService::readText},
+                                         {engineBus::readLinks, &EngineService::readLinks},
+                                         {engineBus::readOutline, &EngineService::readOutline},
+                                         {engineBus::find, &EngineService::find},
+                                         {engineBus::survey, &EngineService::survey},
+                                         {engineBus::write, &EngineService::write},
+                                         {engineBus::readImage, &EngineService::readImage},
+                                         {engineBus::takeImage, &EngineService::takeImage}};
     for (const Method &method : methods) {
         if (sd_bus_message_is_method_call(call, engineBus::interface, method.name) <= 0)
             continue;

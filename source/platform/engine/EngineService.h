@@ -3,8 +3,10 @@
 #include "platform/core/SharedMemory.h"
 #include "platform/engine/ImageDecoder.h"
 #include "platform/engine/PageDrawer.h"
+#include "platform/engine/PageReader.h"
 #include "platform/pdf/EngineMessages.h"
 
+#include <functional>
 #include <memory>
 
 namespace inkory
@@ -23,11 +25,17 @@ private:
     struct Method;
     /// Only once it is attached.
     EngineControl &control() const;
+    /// Whether the window has given up the job with this number meanwhile. Only once it is attached.
+    std::function<bool()> cancellationOf(quint32 job) const;
     BusMessage answerTo(sd_bus_message *call);
 
     bool attach(sd_bus_message *call);
     bool open(sd_bus_message *call, sd_bus_message *reply);
     bool draw(sd_bus_message *call, sd_bus_message *reply);
+    bool readText(sd_bus_message *call, sd_bus_message *reply);
+    bool readLinks(sd_bus_message *call, sd_bus_message *reply);
+    bool readOutline(sd_bus_message *call, sd_bus_message *reply);
+    bool find(sd_bus_message *call, sd_bus_message *reply);
     bool survey(sd_bus_message *call, sd_bus_message *reply);
     bool write(sd_bus_message *call, sd_bus_message *reply);
     bool readImage(sd_bus_message *call, sd_bus_message *reply);
@@ -36,6 +44,7 @@ private:
     std::shared_ptr<SharedMemory> m_control;
     std::shared_ptr<MappedFile> m_document; // outlives the drawer, which reads from it
     PageDrawer m_drawer;
+    PageReader m_reader{m_drawer.document()};
     ImageDecoder m_images;
 };
 

@@ -1,33 +1,28 @@
 #pragma once
 
+#include "platform/engine/OpenedDocument.h"
 #include "platform/pdf/EngineValues.h"
 
 #include <QByteArray>
 #include <QImage>
 
 #include <functional>
-#include <memory>
 #include <vector>
 
 namespace inkory
 {
 
-/// One document in the drawing library's hands. Everything blocks until it is done; nothing throws. One thread at a
-/// time.
+/// Opens one document and draws its pages. Everything blocks until it is done; nothing throws. One thread at a time.
 class PageDrawer
 {
 public:
-    enum class Repair { IfNeeded, First };
+    using Repair = OpenedDocument::Repair;
 
-    PageDrawer();
-    PageDrawer(const PageDrawer &) = delete;
-    PageDrawer &operator=(const PageDrawer &) = delete;
-    ~PageDrawer();
-
-    /// Opens a document; any former one is closed. The bytes are not copied: they have to outlive this object or the
-    /// next opening. With Repair::First, what the writing library makes of the file is opened instead of the file: for
-    /// files over which the drawing library died.
+    /// As OpenedDocument::open().
     OpenReply open(const QByteArray &document, const QByteArray &password, Repair repair);
+
+    /// For those that read what this one draws; it lives as long as this object.
+    const OpenedDocument &document() const { return m_document; }
 
     /// The sizes of all pages as displayed, in points, as the drawing library sees them: also absurd ones, and empty
     /// ones for pages that it cannot find. None unless a document is open.
@@ -38,8 +33,7 @@ public:
     bool draw(const DrawRequest &request, QImage &target, const std::function<bool()> &isCancelled);
 
 private:
-    struct Parts;
-    std::unique_ptr<Parts> m_parts;
+    OpenedDocument m_document;
 };
 
 } // namespace inkory

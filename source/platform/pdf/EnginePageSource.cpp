@@ -1,7 +1,7 @@
 #include "platform/core/Log.h"
 #include "platform/pdf/DocumentFile.h"
-#include "platform/pdf/DrawingHelper.h"
 #include "platform/pdf/ImageBufferPool.h"
+#include "platform/pdf/PageHelper.h"
 #include "platform/pdf/PageSource.h"
 #include "platform/pdf/ProblemSentences.h"
 
@@ -39,8 +39,8 @@ constexpr qint64 leastPatience = 1'000;
 // A helper may also die of something else than its page (somebody kills it), so that a page gets a second one.
 constexpr int mostAttempts = 2;
 
-using Ending = DrawingHelper::Ending;
-using DrawDone = std::function<void(const Result<QImage> &)>;
+using Ending = PageHelper::Ending;
+template <class Value> using Done = std::function<void(const Result<Value> &)>;
 using OpenDone = std::function<void(const OpenOutcome &)>;
 
 /// The sentences for the person, in the form that the translation tools look for.
@@ -48,11 +48,6 @@ class Text
 {
     Q_DECLARE_TR_FUNCTIONS(PageSource)
 };
-
-Error cannotDraw()
-{
-    return {Text::tr("This page cannot be drawn.")};
-}
 
 OpenOutcome failure(const QString &sentence)
 {
@@ -83,68 +78,59 @@ public:
     EnginePageSource();
     void open(std::shared_ptr<DocumentFile> file, const SecretBytes &password, OpenDone done) override;
     void callAfterFirstPage(std::function<void()> done) override;
-    DrawToken draw(const DrawRequest &request, DrawPriority priority, DrawDone done) override;
-    DrawToken readText(int, DrawPriority, std::function<void(const Result<PageText> &)> done) override
-    {
-        return refuse<PageText>(std::move(done));
-    }
-    DrawToken readLinks(int, DrawPriority, std::function<void(const Result<std::vector<PageLink>> &)> done) override
-    {
-        return refuse<std::vector<PageLink>>(std::move(done));
-    }
-    DrawToken readOutline(std::function<void(const Result<std::vector<OutlineItem>> &)> done) override
-    {
-        return refuse<std::vector<OutlineItem>>(std::move(done));
-    }
-    DrawToken find(const FindRequest &, std::function<void(const Result<FindReply> &)> done) override
-    {
-        return refuse<FindReply>(std::move(done));
-    }
-    template <class Value> DrawToken refuse(std::function<void(const Result<Value> &)> done)
-    {
-        QTimer::singleShot(0, &m_context, [done = std::move(done)] { done(cannotDraw()); });
-        return ++m_lastToken;
-    }
+    DrawToken draw(const DrawRequest &request, DrawPriority priority, Done<QImage> done) override;
+    DrawToken readText(int page, DrawPriority priority, Done<PageText> done) override;
+    DrawToken readLinks(int page, DrawPriority priority, Done<std::vector<PageLink>> done) override;
+    DrawToken readOutline(Done<std::vector<OutlineItem>> done) override;
+    DrawToken find(const FindRequest &request, Done<FindReply> done) override;
     void cancel(DrawToken token) override;
 
 private:
-    using Key = std::pair<DrawPriority, DrawToken>; // the order of drawing
-    struct Request
+    /// After all that is drawn comes what takes long.
+    static constexpr int visibleRank = static_cast<int>(DrawPriority::Visible);
+    static constexpr int backgroundRank = static_cast<int>(DrawPriority::Ahead) + 1;
+    using Key = std::pair<int, DrawToken>; // rank and token: the order of working
+    struct Job
     {
-        DrawRequest wanted;
-        DrawDone done;
+        PageRequest request;
+        std::function<void(PageAnswer)> answer;
         int attempts = 0;
     };
     struct Running
     {
         Key key;
-        std::optional<Request> request; // none once nobody wants it
+        std::optional<Job> job; // none once nobody wants it
     };
     /// The first serves everything, the second visible pages only.
     static constexpr std::size_t helperCount = 2;
 
+    template <class Value>
+    DrawToken add(int rank, const PageRequest &request, bool isPossible, Done<Value> done, const QString &failure);
+    void refuseLater(DrawToken token, Job job);
     void startOpening();
     void finishOpening(Ending ending, const OpenReply &reply);
     void dispatchLater(int milliseconds);
     void dispatch();
-    std::optional<std::size_t> helperFor(DrawPriority priority);
-    bool freeHelper(std::size_t index, DrawPriority priority);
+    std::optional<std::size_t> helperFor(int rank);
+    bool freeHelper(std::size_t index, int rank);
     void openWhereIdle();
-    void startDrawing(std::size_t index);
-    void finishDrawing(std::size_t index, Ending ending, const QImage &image);
+    void startJob(std::size_t index);
+    void finishJob(std::size_t index, Ending ending, PageAnswer answer);
+    static bool isTriedAgain(Job &job, Ending ending);
     void noteFirstPage();
 
     QObject m_context; // nothing that was planned happens once it is gone
-    DrawingOrigin m_origin;
+    PageOrigin m_origin;
     OpenDone m_opening;
     int m_openingAttempts = 0;
     QElapsedTimer m_openingSince;
     ImageBufferPool m_buffers;
-    std::array<DrawingHelper, helperCount> m_helpers{DrawingHelper(m_buffers), DrawingHelper(m_buffers)};
+    std::array<PageHelper, helperCount> m_helpers{PageHelper(m_buffers), PageHelper(m_buffers)};
     std::array<Running, helperCount> m_running;
-    std::map<Key, Request> m_waiting;
-    QElapsedTimer m_visibleWaits; // since when the second helper would be of use
-    QTimer m_quiet;               // from the last page drawn until the helpers are made ready for the next
+    std::map<Key, Job> m_waiting;
+    std::map<DrawToken, Job> m_refused; // not answered yet
+    QElapsedTimer m_visibleWaits;       // since when the second helper would be of use
+    QTimer m_quiet; // from the last job of somebody who waits until the helpers are made ready for the next
     DrawToken m_lastToken = 0;
     bool m_hasShownPage = false;
     std::vector<std::function<void()>> m_afterFirstPage;
@@ -162,12 +148,12 @@ void EnginePageSource::open(std::shared_ptr<DocumentFile> file, const SecretByte
     for (std::size_t i = 0; i < helperCount; ++i) {
         if (m_helpers[i].isBusy())
             m_helpers[i].stop();
-        if (m_running[i].request)
-            m_waiting.emplace(m_running[i].key, std::move(*m_running[i].request));
+        if (m_running[i].job)
+            m_waiting.emplace(m_running[i].key, std::move(*m_running[i].job));
         m_running[i] = {};
     }
     m_quiet.stop();
-    m_origin = {std::move(file), password, false, openingMilliseconds};
+    m_origin = {std::move(file), password, false, openingMilliseconds, 0};
     m_opening = std::move(done);
     m_openingAttempts = 0;
     m_openingSince.start();
@@ -190,6 +176,7 @@ void EnginePageSource::finishOpening(Ending ending, const OpenReply &reply)
         startOpening();
         return;
     }
+    m_origin.pageCount = reply.pageCount;
     m_origin.patienceMilliseconds = openingMilliseconds; // of helpers that open the document later
     const OpenDone done = std::exchange(m_opening, nullptr);
     dispatchLater(0);
@@ -210,25 +197,73 @@ void EnginePageSource::noteFirstPage()
         done();
 }
 
-DrawToken EnginePageSource::draw(const DrawRequest &request, DrawPriority priority, DrawDone done)
+template <class Value>
+DrawToken EnginePageSource::add(int rank, const PageRequest &request, bool isPossible, Done<Value> done,
+                                const QString &failure)
 {
     const DrawToken token = ++m_lastToken;
-    if (!m_origin.file || !isDrawable(request)) {
-        QTimer::singleShot(0, &m_context, [done = std::move(done)] { done(cannotDraw()); });
-        return token;
+    Job job{request, [done = std::move(done), failure](PageAnswer answer) {
+                if (auto *value = std::get_if<Value>(&answer))
+                    done(std::move(*value));
+                else
+                    done(Error{failure});
+            }};
+    if (m_origin.file && isPossible) {
+        m_waiting.emplace(Key(rank, token), std::move(job));
+        dispatchLater(0); // everything that is asked for in one go is known then
+    } else {
+        refuseLater(token, std::move(job));
     }
-    m_waiting.emplace(Key(priority, token), Request{request, std::move(done), 0});
-    dispatchLater(0); // everything that is asked for in one go is known then
     return token;
+}
+
+void EnginePageSource::refuseLater(DrawToken token, Job job)
+{
+    m_refused.emplace(token, std::move(job));
+    QTimer::singleShot(0, &m_context, [this, token] {
+        if (const auto refused = m_refused.extract(token))
+            refused.mapped().answer({});
+    });
+}
+
+DrawToken EnginePageSource::draw(const DrawRequest &request, DrawPriority priority, Done<QImage> done)
+{
+    return add(static_cast<int>(priority), request, isDrawable(request), std::move(done),
+               Text::tr("This page cannot be drawn."));
+}
+
+DrawToken EnginePageSource::readText(int page, DrawPriority priority, Done<PageText> done)
+{
+    return add(static_cast<int>(priority), TextRequest{page}, page >= 0, std::move(done),
+               Text::tr("The text of this page cannot be read."));
+}
+
+DrawToken EnginePageSource::readLinks(int page, DrawPriority priority, Done<std::vector<PageLink>> done)
+{
+    return add(static_cast<int>(priority), LinksRequest{page}, page >= 0, std::move(done),
+               Text::tr("The links of this page cannot be read."));
+}
+
+DrawToken EnginePageSource::readOutline(Done<std::vector<OutlineItem>> done)
+{
+    return add(backgroundRank, OutlineRequest{}, true, std::move(done),
+               Text::tr("The outline of this document cannot be read."));
+}
+
+DrawToken EnginePageSource::find(const FindRequest &request, Done<FindReply> done)
+{
+    return add(backgroundRank, request, isFindable(request), std::move(done),
+               Text::tr("This page cannot be searched."));
 }
 
 void EnginePageSource::cancel(DrawToken token)
 {
+    m_refused.erase(token);
     std::erase_if(m_waiting, [token](const auto &entry) { return entry.first.second == token; });
     for (std::size_t i = 0; i < helperCount; ++i) {
-        if (!m_running[i].request || m_running[i].key.second != token)
+        if (!m_running[i].job || m_running[i].key.second != token)
             continue;
-        m_running[i].request.reset();
+        m_running[i].job.reset();
         m_helpers[i].giveUpJob();
         dispatchLater(0); // for what waits for this helper
     }
@@ -240,12 +275,12 @@ void EnginePageSource::dispatchLater(int milliseconds)
 }
 
 // Whether the helper can take a job now; one that does not give up a job that nobody wants is replaced for that.
-bool EnginePageSource::freeHelper(std::size_t index, DrawPriority priority)
+bool EnginePageSource::freeHelper(std::size_t index, int rank)
 {
-    DrawingHelper &helper = m_helpers[index];
+    PageHelper &helper = m_helpers[index];
     if (!helper.isBusy())
         return true;
-    const qint64 grace = priority == DrawPriority::Visible ? graceMilliseconds : thumbnailGraceMilliseconds;
+    const qint64 grace = rank == visibleRank ? graceMilliseconds : thumbnailGraceMilliseconds;
     const auto givenUp = helper.millisecondsSinceGivenUp();
     if (!givenUp)
         return false;
@@ -258,16 +293,16 @@ bool EnginePageSource::freeHelper(std::size_t index, DrawPriority priority)
     return true;
 }
 
-std::optional<std::size_t> EnginePageSource::helperFor(DrawPriority priority)
+std::optional<std::size_t> EnginePageSource::helperFor(int rank)
 {
     if (!m_helpers[0].isBusy())
         return 0;
-    if (priority != DrawPriority::Visible)
-        return freeHelper(0, priority) ? std::optional<std::size_t>(0) : std::nullopt;
+    if (rank != visibleRank)
+        return freeHelper(0, rank) ? std::optional<std::size_t>(0) : std::nullopt;
     if (!m_helpers[1].isBusy() && m_helpers[1].isRunning())
         return 1;
     for (std::size_t i = 0; i < helperCount; ++i) {
-        if (m_helpers[i].isBusy() && freeHelper(i, priority))
+        if (m_helpers[i].isBusy() && freeHelper(i, rank))
             return i;
     }
     if (m_helpers[1].isBusy())
@@ -284,13 +319,13 @@ void EnginePageSource::dispatch()
     if (m_opening)
         return;
     while (!m_waiting.empty()) {
-        const DrawPriority priority = m_waiting.begin()->first.first;
-        if (priority != DrawPriority::Visible)
+        const int rank = m_waiting.begin()->first.first;
+        if (rank != visibleRank)
             m_visibleWaits.invalidate();
-        const auto helper = helperFor(priority);
+        const auto helper = helperFor(rank);
         if (!helper)
             return;
-        startDrawing(*helper);
+        startJob(*helper);
     }
     m_visibleWaits.invalidate();
 }
@@ -299,40 +334,52 @@ void EnginePageSource::dispatch()
 // behind a page that ignores that it was given up either.
 void EnginePageSource::openWhereIdle()
 {
-    for (DrawingHelper &helper : m_helpers) {
+    for (PageHelper &helper : m_helpers) {
         if (!helper.isBusy() && !helper.isOpenFor(m_origin))
             helper.open(m_origin, [this](Ending, const OpenReply &) { dispatchLater(0); });
     }
 }
 
-void EnginePageSource::startDrawing(std::size_t index)
+void EnginePageSource::startJob(std::size_t index)
 {
-    m_quiet.stop();
     auto next = m_waiting.extract(m_waiting.begin());
+    if (next.key().first < backgroundRank)
+        m_quiet.stop();
     m_running[index] = {next.key(), std::move(next.mapped())};
-    m_helpers[index].draw(m_origin, m_running[index].request->wanted,
-                          [this, index](Ending ending, const QImage &image) { finishDrawing(index, ending, image); });
+    m_helpers[index].perform(m_origin, m_running[index].job->request, [this, index](Ending ending, PageAnswer answer) {
+        finishJob(index, ending, std::move(answer));
+    });
 }
 
-void EnginePageSource::finishDrawing(std::size_t index, Ending ending, const QImage &image)
+// Whether a job that ended so is begun again; changed to what is tried then.
+bool EnginePageSource::isTriedAgain(Job &job, Ending ending)
+{
+    const bool died = ending == Ending::Died || ending == Ending::NotStarted;
+    auto *find = std::get_if<FindRequest>(&job.request);
+    const bool hasFurtherPages = find && find->endPage > find->firstPage + 1;
+    const bool isWorthIt = died || (ending == Ending::Overran && hasFurtherPages);
+    if (!isWorthIt || ++job.attempts >= mostAttempts)
+        return false;
+    if (find)
+        find->endPage = find->firstPage + 1; // whichever page it was, this one is not given up for it
+    return true;
+}
+
+void EnginePageSource::finishJob(std::size_t index, Ending ending, PageAnswer answer)
 {
     Running running = std::exchange(m_running[index], {});
-    const bool died = ending == Ending::Died || ending == Ending::NotStarted;
-    const bool isTriedAgain = running.request && died && ++running.request->attempts < mostAttempts;
-    if (isTriedAgain)
-        m_waiting.emplace(running.key, std::move(*running.request));
+    const bool isAgain = running.job && isTriedAgain(*running.job, ending);
+    if (isAgain)
+        m_waiting.emplace(running.key, std::move(*running.job));
     dispatch(); // before the answer, so that the helper need not wait for what is done with it
-    if (m_waiting.empty() && m_hasShownPage)
+    if (m_waiting.empty() && m_hasShownPage && !m_quiet.isActive())
         m_quiet.start();
-    if (isTriedAgain || !running.request)
+    if (isAgain || !running.job)
         return;
-    if (!m_hasShownPage)
+    if (!m_hasShownPage && std::holds_alternative<DrawRequest>(running.job->request))
         QTimer::singleShot(0, &m_context, [this] { noteFirstPage(); });
-    const DrawDone done = std::move(running.request->done); // last: it may destroy this source
-    if (image.isNull())
-        done(cannotDraw());
-    else
-        done(image);
+    const auto done = std::move(running.job->answer); // last: it may destroy this source
+    done(std::move(answer));
 }
 
 } // namespace

@@ -25,6 +25,8 @@ constexpr int maxPageCount = 100'000;
 constexpr double maxPageSide = 14'400;
 /// A box that is smaller has no area. Whoever divides by a side gets a number that can be used.
 constexpr double minPageSide = 1e-3;
+/// Coordinates in files that are farther from 0 are taken for damage.
+constexpr double farthest = 2e9;
 
 /// Bytes of a document, also of one that is to be written.
 constexpr std::int64_t maxFileSize = 2'147'483'647;

@@ -41,9 +41,9 @@ enum class DrawPriority { Visible, Thumbnail, Ahead };
 /// Names a request; 0 names none.
 using DrawToken = quint64;
 
-/// Draws and reads pages of one file in helper processes: one, and a second one while visible pages would have to wait. A helper
-/// that dies or takes too long is replaced. All calls come from the main thread and return at once; all answers arrive
-/// there, from the event loop. Destroying the source ends its helpers, whatever they are doing.
+/// Draws and reads pages of one file in helper processes: one, and a second one while visible pages would have to wait.
+/// A helper that dies or takes too long is replaced. All calls come from the main thread and return at once; all
+/// answers arrive there, from the event loop. Destroying the source ends its helpers, whatever they are doing.
 class PageSource
 {
 public:
@@ -65,20 +65,21 @@ public:
     virtual DrawToken draw(const DrawRequest &request, DrawPriority priority,
                            std::function<void(const Result<QImage> &)> done) = 0;
 
-    // The following are answered like draw(): in the order of their priority, from the event loop, once, not at all when
-    // cancelled. Pages are counted in the file's own order. They fail where the helper dies over them twice or takes too
-    // long.
+    // The following are answered like draw(): in the order of their priority, from the event loop, once, not at all
+    // when cancelled. Pages are counted in the file's own order. They fail where the helper dies over them twice or
+    // takes too long. A page that does not exist, or cannot be read, has no text and no links.
 
     virtual DrawToken readText(int page, DrawPriority priority, std::function<void(const Result<PageText> &)> done) = 0;
     /// In the order in which they lie over each other, the topmost last.
     virtual DrawToken readLinks(int page, DrawPriority priority,
                                 std::function<void(const Result<std::vector<PageLink>> &)> done) = 0;
-    /// Empty for a document that has none.
+    /// Empty for a document that has none. Comes after all that is drawn.
     virtual DrawToken readOutline(std::function<void(const Result<std::vector<OutlineItem>> &)> done) = 0;
-    /// Searches on when asked again from FindReply::nextPage on. Comes after all that is drawn.
+    /// Searches on when asked again from FindReply::nextPage on. Comes after all that is drawn. Fails over the
+    /// request's first page only: the one after it can be searched. A text of nothing but white space occurs nowhere.
     virtual DrawToken find(const FindRequest &request, std::function<void(const Result<FindReply> &)> done) = 0;
 
-    /// Forgets the request, or stops it if it is being drawn. A token that is done or unknown is ignored.
+    /// Forgets the request, or stops it if a helper is at it. A token that is done or unknown is ignored.
     virtual void cancel(DrawToken token) = 0;
 };
 

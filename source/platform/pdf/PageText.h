@@ -6,9 +6,9 @@
 #include <optional>
 #include <vector>
 
-// What can be read on pages, as values. Places are in points of the page as its file shows it (its own rotation applied,
-// not what the person has turned since): origin at the upper left corner of the crop box, y downward. PDFPage leads
-// from there to page space. Texts are a stranger's: see displayable().
+// What can be read on pages, as values. Places are in points of the page as its file shows it (its own rotation
+// applied, not what the person has turned since): origin at the upper left corner of the crop box, y downward. PDFPage
+// leads from there to page space. Texts are a stranger's: see displayable().
 
 namespace inkory
 {
@@ -44,6 +44,8 @@ struct PageLink
 {
     static constexpr int mostPerPage = 5'000;
     static constexpr qsizetype longestAddress = 2'048;
+    /// Of all addresses of a page together.
+    static constexpr qsizetype mostAddressCharacters = 1'000'000;
 
     QRectF area;
     std::optional<PageDestination> destination;
@@ -58,6 +60,8 @@ struct OutlineItem
 {
     static constexpr int mostItems = 20'000;
     static constexpr qsizetype longestTitle = 500;
+    /// Of all titles together.
+    static constexpr qsizetype mostTitleCharacters = 1'000'000;
     static constexpr int deepestLevel = 31;
 
     QString title;
@@ -98,6 +102,8 @@ struct FindHit
 struct FindReply
 {
     static constexpr int mostHitsPerPage = 10'000;
+    /// With more areas than this, the engine does not begin with a further page.
+    static constexpr std::size_t enoughAreas = 10'000;
 
     /// In reading order.
     std::vector<FindHit> hits;
@@ -106,5 +112,17 @@ struct FindReply
 
     bool operator==(const FindReply &) const = default;
 };
+
+/// Whether the rectangle has an area, and is where a page can be: its numbers are finite and not absurd.
+bool isPlace(const QRectF &rectangle);
+
+/// Whether a link may lead there: http, https or mailto, and not too long.
+bool isLinkAddress(const QString &address);
+
+/// At most so many units from the text's beginning, without halves of surrogate pairs.
+QString withoutTornPairs(const QString &text, qsizetype most);
+
+/// Whether the request can be searched for at all: a text that is not too long, and at least one page.
+bool isFindable(const FindRequest &request);
 
 } // namespace inkory

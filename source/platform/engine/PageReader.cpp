@@ -1,0 +1,212 @@
+#include "platform/engine/PageReader.h"
+
+#include "platform/engine/LibraryCalls.h"
+#include "platform/engine/PageSearch.h"
+#include "platform/engine/TextCollector.h"
+
+#include <QElapsedTimer>
+
+#include <algorithm>
+#include <iterator>
+#include <utility>
+
+#include <poppler-qt6.h>
+
+namespace inkory
+{
+
+namespace
+{
+
+constexpr qint64 findMilliseconds = 50;
+
+void collectWord(const Poppler::TextBox &word, TextCollector &collector)
+{
+    int index = 0; // the library has a box for each character, not for each unit
+    for (const char32_t character : word.text().toUcs4())
+        collector.add(character, word.charBoundingBox(index++));
+}
+
+PageText textOf(const Poppler::Page &page, Cancellation &cancellation)
+{
+    const auto words = page.textList(Poppler::Page::Rotate0, shouldAbort, QVariant::fromValue(&cancellation));
+    TextCollector collector;
+    for (std::size_t i = 0; i < words.size() && !collector.isFull(); ++i) {
+        const Poppler::TextBox &word = *words[i];
+        collectWord(word, collector);
+        const bool isLast = i + 1 == words.size() || word.nextWord() != words[i + 1].get();
+        if (isLast)
+            collector.endLine();
+        else if (word.hasSpaceAfter())
+            collector.endWord();
+    }
+    return collector.take();
+}
+
+// The library gives places in fractions of the crop box's sides before the page is turned, although they are counted
+// on the turned page.
+std::optional<double> topOf(const Poppler::LinkDestination &destination, const Poppler::Page &page)
+{
+    const auto orientation = page.orientation();
+    const bool isSideways = orientation == Poppler::Page::Landscape || orientation == Poppler::Page::Seascape;
+    // What a turned page shows at the upper edge is what its own left coordinate says.
+    if (isSideways ? !destination.isChangeLeft() : !destination.isChangeTop())
+        return std::nullopt;
+    const QSizeF shown = page.pageSizeF();
+    const double top = destination.top() * (isSideways ? shown.width() : shown.height());
+    const bool isOnPage = top >= 0 && top <= std::min(shown.height(), maxPageSide);
+    return isOnPage ? std::optional(top) : std::nullopt;
+}
+
+std::optional<PageDestination> destinationFrom(const Poppler::Document &document,
+                                               const Poppler::LinkDestination &destination)
+{
+    const int index = destination.pageNumber() - 1;
+    const auto page = index >= 0 && index < document.numPages() ? document.page(index) : nullptr;
+    if (!page)
+        return std::nullopt;
+    return PageDestination{index, topOf(destination, *page)};
+}
+
+// Without the area.
+std::optional<PageLink> targetOf(const Poppler::Document &document, const Poppler::Link &link)
+{
+    PageLink target;
+    if (const auto *inside = dynamic_cast<const Poppler::LinkGoto *>(&link)) {
+        if (!inside->isExternal())
+            target.destination = destinationFrom(document, inside->destination());
+        return target.destination ? std::optional(target) : std::nullopt;
+    }
+    if (const auto *outside = dynamic_cast<const Poppler::LinkBrowse *>(&link)) {
+        target.address = outside->url();
+        return isLinkAddress(target.address) ? std::optional(target) : std::nullopt;
+    }
+    return std::nullopt;
+}
+
+std::vector<PageLink> linksOf(const Poppler::Document &document, const Poppler::Page &page)
+{
+    const QSizeF shown = page.pageSizeF();
+    std::vector<PageLink> links;
+    qsizetype addressCharacters = 0;
+    for (const auto &link : page.links()) {
+        const QRectF part = link->linkArea();
+        const QRectF whole(part.x() * shown.width(), part.y() * shown.height(), part.width() * shown.width(),
+                           part.height() * shown.height());
+        const QRectF area = whole.normalized() & QRectF(QPointF(), shown);
+        if (!isPlace(area))
+            continue;
+        auto found = targetOf(document, *link);
+        if (!found)
+            continue;
+        addressCharacters += found->address.size();
+        if (std::ssize(links) == PageLink::mostPerPage || addressCharacters > PageLink::mostAddressCharacters)
+            break;
+        found->area = area;
+        links.push_back(std::move(*found));
+    }
+    return links;
+}
+
+/// Walks through the outline, from each item to its children.
+class OutlineReader
+{
+public:
+    OutlineReader(const Poppler::Document &document, Cancellation &cancellation)
+        : m_document(document), m_cancellation(cancellation)
+    {
+    }
+
+    void add(const QVector<Poppler::OutlineItem> &items, int level)
+    {
+        for (const Poppler::OutlineItem &item : items) {
+            if (std::ssize(m_items) == OutlineItem::mostItems || m_cancellation.check())
+                return;
+            m_items.push_back(itemFrom(item, level));
+            m_titleCharacters += m_items.back().title.size();
+            if (m_titleCharacters > OutlineItem::mostTitleCharacters) {
+                m_items.pop_back();
+                return;
+            }
+            if (level < OutlineItem::deepestLevel && item.hasChildren())
+                add(item.children(), level + 1);
+        }
+    }
+
+    std::vector<OutlineItem> take() { return std::move(m_items); }
+
+private:
+    OutlineItem itemFrom(const Poppler::OutlineItem &item, int level) const
+    {
+        OutlineItem made{
+            withoutTornPairs(item.name().simplified(), OutlineItem::longestTitle), level, {}, item.isOpen()};
+        const auto destination = item.externalFileName().isEmpty() ? item.destination() : nullptr;
+        if (destination)
+            made.destination = destinationFrom(m_document, *destination);
+        return made;
+    }
+
+    const Poppler::Document &m_document;
+    Cancellation &m_cancellation;
+    std::vector<OutlineItem> m_items;
+    qsizetype m_titleCharacters = 0;
+};
+
+} // namespace
+
+PageText PageReader::text(int page, const IsCancelled &isCancelled) const
+{
+    return guarded("a page's text cannot be read", PageText(), [&] {
+        Cancellation cancellation{isCancelled};
+        const auto *document = m_document.library();
+        const auto found = document ? document->page(page) : nullptr;
+        return found ? textOf(*found, cancellation) : PageText();
+    });
+}
+
+std::vector<PageLink> PageReader::links(int page) const
+{
+    return guarded("a page's links cannot be read", std::vector<PageLink>(), [&] {
+        const auto *document = m_document.library();
+        const auto found = document ? document->page(page) : nullptr;
+        return found ? linksOf(*document, *found) : std::vector<PageLink>();
+    });
+}
+
+std::vector<OutlineItem> PageReader::outline(const IsCancelled &isCancelled) const
+{
+    return guarded("the outline cannot be read", std::vector<OutlineItem>(), [&] {
+        Cancellation cancellation{isCancelled};
+        const auto *document = m_document.library();
+        if (!document)
+            return std::vector<OutlineItem>();
+        OutlineReader reader(*document, cancellation);
+        reader.add(document->outline(), 0);
+        return reader.take();
+    });
+}
+
+FindReply PageReader::find(const FindRequest &request, const IsCancelled &isCancelled) const
+{
+    FindReply reply{{}, request.endPage};
+    const FoldedText query(request.text);
+    const int count = m_document.library() ? m_document.library()->numPages() : 0;
+    const int end = query.isBlank() ? 0 : std::min(request.endPage, count);
+    QElapsedTimer timer;
+    timer.start();
+    std::size_t areaCount = 0;
+    for (int page = request.firstPage; page < end; ++page) {
+        const bool isEnough = timer.elapsed() >= findMilliseconds || areaCount > FindReply::enoughAreas;
+        if (page > request.firstPage && (isEnough || isCancelled())) {
+            reply.nextPage = page;
+            break;
+        }
+        for (FindHit &hit : hitsOn(page, text(page, isCancelled), query)) {
+            areaCount += hit.areas.size();
+            reply.hits.push_back(std::move(hit));
+        }
+    }
+    return reply;
+}
+
+} // namespace inkory
