@@ -1,5 +1,5 @@
 // bench_engine FILE...: draws the first pages of every file through helper processes, by one and by two of them, and
-// with the same code in this process; and starts helpers.
+// with the same code in this process; starts helpers; and searches a long document against extracting its text only.
 
 #include "Measure.h"
 
@@ -8,6 +8,7 @@
 #include "platform/pdf/DocumentFile.h"
 #include "platform/pdf/EngineChannel.h"
 #include "platform/pdf/PageSource.h"
+#include "platform/pdf/ReadingMessages.h"
 
 #include <QFile>
 #include <QGuiApplication>
@@ -15,6 +16,9 @@
 
 #include <algorithm>
 #include <cstdio>
+
+#include <poppler-qt6.h>
+#include <systemd/sd-bus.h>
 
 using namespace inkory;
 using namespace inkory::bench;
@@ -107,6 +111,71 @@ double millisecondsToStart()
     });
 }
 
+constexpr int linesPerPage = 45;
+
+void findEverywhere(PageSource &source, int pages)
+{
+    int next = 0;
+    std::size_t hits = 0;
+    while (next < pages) {
+        std::optional<FindReply> reply;
+        source.find({QStringLiteral("LINE says"), next, pages}, [&](const Result<FindReply> &answer) {
+            reply = answer ? *answer : FindReply{{}, pages};
+        });
+        runUntil([&] { return reply.has_value(); });
+        next = reply->nextPage;
+        hits += reply->hits.size();
+    }
+    if (hits != static_cast<std::size_t>(pages) * linesPerPage)
+        qFatal("not everything was found");
+}
+
+void compareFinding(const QString &folder)
+{
+    constexpr int pages = 2'000;
+    const QString path = folder + QStringLiteral("/text.pdf");
+    QFile file(path);
+    if (!file.open(QIODevice::WriteOnly) || file.write(textPages(pages, linesPerPage)) <= 0)
+        qFatal("the document could not be written");
+    file.close();
+    const auto source = makePageSource();
+    bool isOpen = false;
+    if (auto opened = DocumentFile::open(path))
+        source->open(*opened, {}, [&isOpen](const OpenOutcome &) { isOpen = true; });
+    runUntil([&] { return isOpen; });
+    const auto document = Poppler::Document::load(path);
+    const auto extractAll = [&] {
+        for (int page = 0; page < pages; ++page)
+            document->page(page)->textList();
+    };
+    constexpr int findRounds = 3;
+    reportRatio(QStringLiteral("finding on 2000 pages / extracting their text in this process"),
+                measureInTurn(
+                    findRounds, [&] { findEverywhere(*source, pages); }, extractAll),
+                1.2);
+}
+
+// What the window's thread does with the longest text.
+void reportReading()
+{
+    const PageText longest{QString(PageText::mostCharacters, QLatin1Char('a')),
+                           std::vector(PageText::mostCharacters, QRectF(1, 2, 3, 4))};
+    auto channel = EngineChannel::start(EngineKind::Documents);
+    const BusMessage message = channel ? (*channel)->newCall(engineBus::readText) : nullptr;
+    if (!message || !append(message.get(), longest) || sd_bus_message_seal(message.get(), 1, 0) < 0)
+        qFatal("no message could be made");
+    std::vector<double> times;
+    for (int i = 0; i < rounds; ++i) {
+        sd_bus_message_rewind(message.get(), 1);
+        std::optional<PageText> text;
+        times.push_back(millisecondsOf([&] { text = readPageText(message.get()); }));
+        if (text != longest)
+            qFatal("the text was not read");
+    }
+    reportNumber(QStringLiteral("reading a text of 100,000 characters from its message"), median(times),
+                 QStringLiteral("ms"), 5);
+}
+
 } // namespace
 
 int main(int argc, char **argv)
@@ -144,5 +213,7 @@ int main(int argc, char **argv)
                 measureInTurn(rounds, all(&Subject::drawThroughOne), all(&Subject::drawHere)), 1.15);
     reportRatio(name("pages through two helpers / through one"),
                 measureInTurn(rounds, all(&Subject::drawManyThroughTwo), all(&Subject::drawManyThroughOne)), 1 / 1.7);
+    compareFinding(folder.path());
+    reportReading();
     return exitStatus();
 }

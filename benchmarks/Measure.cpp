@@ -86,7 +86,7 @@ void runUntil(const std::function<bool()> &condition)
         QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
 }
 
-QByteArray textPages(int count)
+QByteArray textPages(int count, int furtherLines)
 {
     QByteArray file = "%PDF-1.7\n";
     std::vector<qsizetype> offsets;
@@ -101,7 +101,10 @@ QByteArray textPages(int count)
     add("<< /Type /Pages /Count " + QByteArray::number(count) + " /Kids [ " + kids + "] >>");
     add("<< /Type /Font /Subtype /Type1 /BaseFont /Helvetica >>");
     for (int i = 0; i < count; ++i) {
-        const QByteArray content = "BT /F1 12 Tf 72 700 Td (Page " + QByteArray::number(i + 1) + ") Tj ET";
+        const QByteArray content = "BT /F1 12 Tf 14 TL 72 700 Td (Page " + QByteArray::number(i + 1) + ") Tj" +
+                                   QByteArray(" T* (All parties agree to what this line says, and to nothing else.) Tj")
+                                       .repeated(furtherLines) +
+                                   " ET";
         add("<< /Type /Page /Parent 2 0 R /MediaBox [0 0 612 792] /Resources << /Font << /F1 3 0 R >> >> /Contents " +
             QByteArray::number(5 + 2 * i) + " 0 R >>");
         add("<< /Length " + QByteArray::number(content.size()) + " >>\nstream\n" + content + "\nendstream");

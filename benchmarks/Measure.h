@@ -38,7 +38,7 @@ int exitStatus();
 /// Runs the event loop until the condition holds.
 void runUntil(const std::function<bool()> &condition);
 
-/// A healthy PDF of this many US letter pages with a line of text each.
-QByteArray textPages(int count);
+/// A healthy PDF of this many US letter pages with a line of text each, and further ones.
+QByteArray textPages(int count, int furtherLines = 0);
 
 } // namespace inkory::bench

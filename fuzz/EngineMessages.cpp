@@ -1,8 +1,9 @@
-#include "platform/pdf/EngineMessages.h"
 #include "Fuzzing.h"
 #include "UnconnectedBus.h"
 #include "platform/core/SharedMemory.h"
+#include "platform/pdf/ReadingMessages.h"
 
+#include <algorithm>
 #include <array>
 #include <cmath>
 #include <cstring>
@@ -118,7 +119,7 @@ private:
 
     bool appendArray(sd_bus_message *message, char type)
     {
-        constexpr std::array<int, 8> counts{0, 1, 2, 3, 5, 9, 10, 18};
+        constexpr std::array<int, 10> counts{0, 1, 2, 3, 4, 5, 8, 9, 10, 18};
         if (sd_bus_message_open_container(message, 'a', std::string(1, type).c_str()) < 0)
             return false;
         for (int left = m_data.PickValueInArray(counts); left > 0; --left)
@@ -275,6 +276,82 @@ void check(const ImageReply &reply)
     fuzz::require(reply.jpegSize >= 0, "sizes are not negative");
 }
 
+void check(const ReadPageMessage &read)
+{
+    fuzz::require(read.page >= 0, "pages count from 0");
+}
+
+void check(const ReadOutlineMessage &) {}
+
+void check(const FindMessage &find)
+{
+    const FindRequest &request = find.request;
+    fuzz::require(request.text.size() <= FindRequest::longestText && request.text.isValidUtf16(),
+                  "what is looked for is a text");
+    fuzz::require(request.firstPage >= 0 && request.firstPage < request.endPage && request.endPage <= maxPageCount,
+                  "there are pages to search");
+}
+
+void checkPlace(const QRectF &box)
+{
+    fuzz::require(std::isfinite(box.x()) && std::isfinite(box.y()) && std::isfinite(box.width()) &&
+                      std::isfinite(box.height()) && box.width() > 0 && box.height() > 0,
+                  "places have an area");
+}
+
+void check(const std::optional<PageDestination> &destination)
+{
+    if (!destination)
+        return;
+    fuzz::require(destination->page >= 0 && destination->page < maxPageCount, "pages count from 0");
+    fuzz::require(!destination->top || (*destination->top >= 0 && *destination->top <= maxPageSide),
+                  "destinations are on their page");
+}
+
+void check(const PageText &text)
+{
+    fuzz::require(text.text.isValidUtf16() && text.text.size() <= PageText::mostCharacters, "texts are texts");
+    fuzz::require(static_cast<qsizetype>(text.boxes.size()) == text.text.size(), "each unit has a box");
+    for (const QRectF &box : text.boxes)
+        if (!box.isNull())
+            checkPlace(box);
+}
+
+void check(const std::vector<PageLink> &links)
+{
+    fuzz::require(links.size() <= PageLink::mostPerPage, "there are not too many links");
+    for (const PageLink &link : links) {
+        checkPlace(link.area);
+        check(link.destination);
+        fuzz::require(link.destination.has_value() == link.address.isEmpty(), "links lead to one place");
+        fuzz::require(link.destination || isLinkAddress(link.address), "addresses are harmless");
+    }
+}
+
+void check(const std::vector<OutlineItem> &outline)
+{
+    fuzz::require(outline.size() <= OutlineItem::mostItems, "there are not too many lines");
+    int deepest = 0;
+    for (const OutlineItem &item : outline) {
+        check(item.destination);
+        fuzz::require(item.title.isValidUtf16() && item.title.size() <= OutlineItem::longestTitle, "titles are texts");
+        fuzz::require(item.level >= 0 && item.level <= deepest, "no level is left out");
+        deepest = std::min(item.level + 1, OutlineItem::deepestLevel);
+    }
+}
+
+void check(const FindReply &reply)
+{
+    int page = 0;
+    for (const FindHit &hit : reply.hits) {
+        fuzz::require(hit.page >= page && hit.page < reply.nextPage, "hits are in their order");
+        fuzz::require(!hit.areas.empty(), "hits are somewhere");
+        for (const QRectF &area : hit.areas)
+            checkPlace(area);
+        page = hit.page;
+    }
+}
+
 /// A failure's reply means nothing beside its problem.
 template <class T> bool isReadAsAWhole(const T &)
 {
@@ -310,8 +387,8 @@ template <class T> void checkReading(sd_bus_message *message, std::optional<T> (
 
 std::string signatureFrom(FuzzedDataProvider &data)
 {
-    constexpr std::array known{"hx",     "hxay",           "hxayb", "ibidd", "uiidiiiihx",
-                               "ibadad", "hxayaiadhxxaxh", "ix",    "b",     "iiiiddx"};
+    constexpr std::array known{"hx", "hxay",    "hxayb", "ibidd", "uiidiiiihx", "ibadad", "hxayaiadhxxaxh", "ix",
+                               "b",  "iiiiddx", "ui",    "u",     "uiiaq",      "aqad",   "adaiaq",         "iaiad"};
     constexpr std::array types{'y', 'b', 'n', 'q', 'i', 'u', 'x', 't', 'd', 's', 'o', 'g', 'h'};
     if (!data.ConsumeBool())
         return data.PickValueInArray(known);
@@ -346,5 +423,12 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size
     checkReading(message.get(), readWrite);
     checkReading(message.get(), readWriteReply);
     checkReading(message.get(), readImageReply);
+    checkReading(message.get(), readReadPage);
+    checkReading(message.get(), readReadOutline);
+    checkReading(message.get(), readFind);
+    checkReading(message.get(), readPageText);
+    checkReading(message.get(), readPageLinks);
+    checkReading(message.get(), readOutline);
+    checkReading(message.get(), readFindReply);
     return 0;
 }

@@ -226,7 +226,14 @@ std::vector<Sample> makeTroubleSamples()
 
 QByteArray makePdf(const std::vector<PageSpec> &pages, const QByteArray &treeEntries)
 {
+    return makePdf(pages, treeEntries, {}, {});
+}
+
+QByteArray makePdf(const std::vector<PageSpec> &pages, const QByteArray &treeEntries,
+                   const QByteArray &catalogueEntries, const std::vector<QByteArray> &furtherObjects)
+{
     FileMaker maker = beginFile();
+    maker.replace(1, "<< /Type /Catalog /Pages 2 0 R " + catalogueEntries + " >>");
     QList<QByteArray> kids;
     for (const PageSpec &page : pages) {
         QList<QByteArray> contents;
@@ -241,7 +248,20 @@ QByteArray makePdf(const std::vector<PageSpec> &pages, const QByteArray &treeEnt
             body += " /Contents [" + contents.join(' ') + "]";
         kids.append(reference(maker.add(body + " >>")));
     }
+    for (const QByteArray &object : furtherObjects)
+        maker.add(object);
     return endFile(maker, kids, treeEntries);
+}
+
+QByteArray linkAnnotation(const QByteArray &rectangle, const QByteArray &entries)
+{
+    return "<< /Type /Annot /Subtype /Link /Rect [" + rectangle + "] " + entries + " >>";
+}
+
+QByteArray fontOf(const QByteArray &glyphNames)
+{
+    return "<< /Type /Font /Subtype /Type1 /BaseFont /Helvetica /FirstChar 97 /LastChar 122 /Widths [" +
+           QByteArray("500 ").repeated(26) + "] /Encoding << /Differences [97 " + glyphNames + "] >> >>";
 }
 
 QByteArray textContent(const QByteArray &text, double x, double y, double size)

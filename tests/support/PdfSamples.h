@@ -30,6 +30,19 @@ struct PageSpec
 /// tree, 3 the font Helvetica. `treeEntries` go into the root, where pages inherit them.
 QByteArray makePdf(const std::vector<PageSpec> &pages, const QByteArray &treeEntries = {});
 
+/// The same with further entries in the catalogue and further objects behind the pages. With one content stream each,
+/// the pages are objects 5, 7 and so on, and the first further object is number 4 + 2 x pages.
+QByteArray makePdf(const std::vector<PageSpec> &pages, const QByteArray &treeEntries,
+                   const QByteArray &catalogueEntries, const std::vector<QByteArray> &furtherObjects);
+
+/// An annotation for "/Annots [...]": the rectangle ("x0 y0 x1 y1") leads where the entries say, such as
+/// "/Dest [5 0 R /Fit]" or "/A << /S /URI /URI (https://example.org) >>".
+QByteArray linkAnnotation(const QByteArray &rectangle, const QByteArray &entries);
+
+/// A font for a page's resources in which "a" stands for the first of these glyph names, "b" for the next one: how text
+/// of any characters is made, "/uni05D0" or "/u1D400".
+QByteArray fontOf(const QByteArray &glyphNames);
+
 /// Content: one line of text (ASCII, no parentheses) in Helvetica, its base line beginning at the point.
 QByteArray textContent(const QByteArray &text, double x = 72, double y = 700, double size = 18);
 

@@ -29,9 +29,10 @@ bool isLeftOut(char32_t character)
 
 QString foldedCharacter(char32_t character)
 {
-    // Folding the case can put a mark behind the letter again.
+    // Some small letters have two large ones; folding the case can put a mark behind the letter again.
     const QString decomposed = QString::fromUcs4(&character, 1)
                                    .normalized(QString::NormalizationForm_KD)
+                                   .toUpper()
                                    .toCaseFolded()
                                    .normalized(QString::NormalizationForm_KD);
     QString folded;

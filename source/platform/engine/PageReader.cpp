@@ -7,7 +7,9 @@
 #include <QElapsedTimer>
 
 #include <algorithm>
+#include <cmath>
 #include <iterator>
+#include <memory>
 #include <utility>
 
 #include <poppler-qt6.h>
@@ -20,20 +22,55 @@ namespace
 
 constexpr qint64 findMilliseconds = 50;
 
-void collectWord(const Poppler::TextBox &word, TextCollector &collector)
+using Words = std::vector<std::unique_ptr<Poppler::TextBox>>;
+using Rotation = Poppler::Page::Rotation;
+
+// How the page has to be turned further so that most of its text is upright, if it runs up or down: the library does
+// not keep the order of such lines.
+Rotation turnToReadBy(const Words &words)
 {
-    int index = 0; // the library has a box for each character, not for each unit
-    for (const char32_t character : word.text().toUcs4())
-        collector.add(character, word.charBoundingBox(index++));
+    qsizetype all = 0;
+    qsizetype upward = 0;
+    qsizetype downward = 0;
+    for (const auto &word : words) {
+        const qsizetype length = word->text().size();
+        const QPointF way = word->charBoundingBox(1).center() - word->charBoundingBox(0).center();
+        if (length < 2)
+            continue;
+        all += length;
+        upward += -way.y() > std::abs(way.x()) ? length : 0;
+        downward += way.y() > std::abs(way.x()) ? length : 0;
+    }
+    return upward > all / 2 ? Rotation::Rotate90 : downward > all / 2 ? Rotation::Rotate270 : Rotation::Rotate0;
+}
+
+// From the page turned further to the page as shown.
+QRectF turnedBack(const QRectF &box, Rotation turn, const QSizeF &shown)
+{
+    switch (turn) {
+    case Rotation::Rotate90:
+        return {box.y(), shown.height() - box.right(), box.height(), box.width()};
+    case Rotation::Rotate270:
+        return {shown.width() - box.bottom(), box.x(), box.height(), box.width()};
+    default:
+        return box;
+    }
 }
 
 PageText textOf(const Poppler::Page &page, Cancellation &cancellation)
 {
-    const auto words = page.textList(Poppler::Page::Rotate0, shouldAbort, QVariant::fromValue(&cancellation));
+    const QVariant payload = QVariant::fromValue(&cancellation);
+    Words words = page.textList(Rotation::Rotate0, shouldAbort, payload);
+    const Rotation turn = turnToReadBy(words);
+    if (turn != Rotation::Rotate0)
+        words = page.textList(turn, shouldAbort, payload);
+    const QSizeF shown = page.pageSizeF();
     TextCollector collector;
     for (std::size_t i = 0; i < words.size() && !collector.isFull(); ++i) {
         const Poppler::TextBox &word = *words[i];
-        collectWord(word, collector);
+        int index = 0; // the library has a box for each character, not for each unit
+        for (const char32_t character : word.text().toUcs4())
+            collector.add(character, turnedBack(word.charBoundingBox(index++), turn, shown));
         const bool isLast = i + 1 == words.size() || word.nextWord() != words[i + 1].get();
         if (isLast)
             collector.endLine();

@@ -93,7 +93,7 @@ void bringInOrder(std::vector<Character> &line)
     const auto isFromLeft = [](Reading reading) {
         return reading == Reading::LeftToRight || reading == Reading::Number;
     };
-    if (fromRight < count(Reading::LeftToRight)) {
+    if (fromRight <= count(Reading::LeftToRight)) {
         turnParts(line, isFromRight, isFromLeft);
     } else {
         turnRound(line.begin(), line.end());
@@ -114,27 +114,28 @@ void TextCollector::endWord()
     m_line.push_back({U' ', {}});
 }
 
-bool TextCollector::append(const Character &character)
+void TextCollector::append(const Character &character)
 {
     const auto units = QChar::fromUcs4(character.code);
     const QStringView view(units);
-    if (m_text.text.size() + view.size() > PageText::mostCharacters)
-        return false;
+    m_isFull = m_isFull || m_text.text.size() + view.size() > PageText::mostCharacters;
+    if (m_isFull)
+        return;
     m_text.text += view;
     m_text.boxes.push_back(character.box);
     m_text.boxes.resize(static_cast<std::size_t>(m_text.text.size()));
-    return true;
 }
 
 void TextCollector::endLine()
 {
     std::vector<Character> line = std::exchange(m_line, {});
     bringInOrder(line);
-    if (line.empty() || (!m_text.text.isEmpty() && !append({U'\n', {}})))
+    if (line.empty())
         return;
+    if (!m_text.text.isEmpty())
+        append({U'\n', {}});
     for (const Character &character : line)
-        if (!append(character))
-            return;
+        append(character);
 }
 
 PageText TextCollector::take()

@@ -20,8 +20,8 @@ public:
     void endWord();
     void endLine();
 
-    /// Whether there is no room for more.
-    bool isFull() const { return m_text.text.size() >= PageText::mostCharacters; }
+    /// Whether something had to be left out as there is no room for more.
+    bool isFull() const { return m_isFull; }
 
     /// What has been collected up to the last line's end.
     PageText take();
@@ -33,10 +33,11 @@ public:
     };
 
 private:
-    bool append(const Character &character);
+    void append(const Character &character);
 
     PageText m_text;
     std::vector<Character> m_line;
+    bool m_isFull = false;
 };
 
 } // namespace inkory

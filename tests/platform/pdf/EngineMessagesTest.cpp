@@ -1,4 +1,4 @@
-#include "platform/pdf/EngineMessages.h"
+#include "platform/pdf/ReadingMessages.h"
 
 #include <gtest/gtest.h>
 
@@ -70,6 +70,64 @@ TEST_F(EngineMessages, ComeThroughAsTheyWereSent)
     EXPECT_EQ(read->images[0].offset, 200);
     EXPECT_EQ(read->images[1].jpegSize, 55);
     EXPECT_EQ(read->overlaysSize, 100);
+}
+
+TEST_F(EngineMessages, BringWhatWasRead)
+{
+    const PageText text{u"a\U0001D400"_qs, {{1, 2, 3, 4}, {-5, 0.5, 1e9, 1}, {}}};
+    EXPECT_EQ(readPageText(sent(text).get()), text);
+    const std::vector<PageLink> links{{{1, 2, 3, 4}, PageDestination{7, {}}, {}},
+                                      {{1, 2, 3, 4}, {}, u"https://\u00E4.example"_qs},
+                                      {{1, 2, 3, 4}, PageDestination{0, 0.5}, {}}};
+    EXPECT_EQ(readPageLinks(sent(links).get()), links);
+    const std::vector<OutlineItem> outline{
+        {u"One"_qs, 0, PageDestination{7, 20}, true}, {u""_qs, 1, {}, false}, {u"\u00C4"_qs, 0, {}, true}};
+    EXPECT_EQ(readOutline(sent(outline).get()), outline);
+    const FindReply found{{{3, {{1, 2, 3, 4}}}, {3, {{1, 2, 3, 4}, {5, 6, 7, 8}}}}, 5};
+    EXPECT_EQ(readFindReply(sent(found).get()), found);
+    EXPECT_EQ(readFind(sent(FindMessage{4, {u"a b"_qs, 2, 9}}).get())->request, (FindRequest{u"a b"_qs, 2, 9}));
+}
+
+TEST_F(EngineMessages, AreRefusedWithReadingsThatTheTypesDoNotPromise)
+{
+    const double nan = std::numeric_limits<double>::quiet_NaN();
+    const QRectF box(1, 2, 3, 4);
+    const PageText texts[] = {{u"a"_qs, {}},
+                              {u"a"_qs, {{nan, 0, 1, 1}}},
+                              {u"a"_qs, {{0, 0, 3e9, 1}}},
+                              {u"a"_qs, {{0, 0, -1, 1}}},
+                              {QString(QChar(0xD800)), {box}},
+                              {QString(100'001, u'a'), std::vector(100'001, box)}};
+    for (const PageText &text : texts)
+        EXPECT_FALSE(readPageText(sent(text).get())) << text.text.size();
+
+    const PageLink links[] = {{box, {}, {}},
+                              {box, {}, u"file:///etc/passwd"_qs},
+                              {{}, {}, u"https://x"_qs},
+                              {box, PageDestination{-1, {}}, {}},
+                              {box, PageDestination{maxPageCount, {}}, {}},
+                              {box, PageDestination{0, nan}, {}},
+                              {box, PageDestination{0, 14'401}, {}},
+                              {box, PageDestination{0, {}}, u"https://x"_qs},
+                              {box, {}, u"https://"_qs + QString(2'041, u'x')}};
+    for (const PageLink &link : links)
+        EXPECT_FALSE(readPageLinks(sent(std::vector{link}).get())) << link.address.toStdString();
+    EXPECT_FALSE(readPageLinks(sent(std::vector(5'001, PageLink{box, PageDestination{}, {}})).get()));
+
+    const std::vector<OutlineItem> outlines[] = {
+        {{u"a"_qs, 1, {}, false}},
+        {{u"a"_qs, 0, {}, false}, {u"a"_qs, 2, {}, false}},
+        {{QString(501, u'a'), 0, {}, false}},
+        {{QString(QChar(0xD83D)), 0, {}, false}, {QString(QChar(0xDE00)), 0, {}, false}},
+        std::vector(20'001, OutlineItem{})};
+    for (const auto &outline : outlines)
+        EXPECT_FALSE(readOutline(sent(outline).get())) << outline.size();
+
+    const FindReply replies[] = {
+        {{{0, {}}}, 1}, {{{1, {box}}}, 1}, {{{2, {box}}, {1, {box}}}, 3}, {{{0, {{0, 0, nan, 1}}}}, 1}, {{}, 0}};
+    for (const FindReply &reply : replies)
+        EXPECT_FALSE(readFindReply(sent(reply).get())) << reply.hits.size();
+    EXPECT_FALSE(readFind(sent(FindMessage{4, {u"a"_qs, 9, 9}}).get()));
 }
 
 TEST_F(EngineMessages, AreRefusedWithValuesThatTheTypesDoNotPromise)
