@@ -1,5 +1,7 @@
 #include "platform/engine/FoldedText.h"
 
+#include "platform/engine/Characters.h"
+
 #include <QHash>
 #include <QStringMatcher>
 
@@ -11,6 +13,7 @@ namespace inkory
 namespace
 {
 
+constexpr char32_t firstNotAscii = 0x80;
 constexpr char32_t softHyphen = 0xAD;
 
 // Vowel signs of some scripts are marks, too, but such that say what is read; they have no class.
@@ -36,12 +39,12 @@ QString foldedCharacter(char32_t character)
                                    .toCaseFolded()
                                    .normalized(QString::NormalizationForm_KD);
     QString folded;
-    for (const char32_t part : decomposed.toUcs4()) {
+    forEachCharacter(decomposed, [&folded](char32_t part, qsizetype) {
         if (QChar::isSpace(part))
             folded += QLatin1Char(' ');
         else if (!isLeftOut(part))
             folded += QStringView(QChar::fromUcs4(part));
-    }
+    });
     return folded;
 }
 
@@ -53,20 +56,21 @@ FoldedText::FoldedText(QStringView text) : m_size(text.size())
     m_origins.reserve(static_cast<std::size_t>(m_size) + 1);
     QHash<char32_t, QString> known; // a page consists of few different characters
     bool isAfterSoftHyphen = false;
-    qsizetype next = 0;
-    for (const char32_t character : text.toUcs4()) {
-        const qsizetype origin = next;
-        next += QChar::requiresSurrogates(character) ? 2 : 1;
+    forEachCharacter(text, [&](char32_t character, qsizetype origin) {
         const bool isJoint = isAfterSoftHyphen && character == U'\n';
         isAfterSoftHyphen = character == softHyphen;
         if (isJoint)
-            continue;
+            return;
+        if (character < firstNotAscii) {
+            add(QChar::isSpace(character) ? QLatin1Char(' ') : QChar(char16_t(QChar::toLower(character))), origin);
+            return;
+        }
         auto folded = known.constFind(character);
         if (folded == known.constEnd())
             folded = known.insert(character, foldedCharacter(character));
         for (const QChar unit : *folded)
             add(unit, origin);
-    }
+    });
     m_origins.push_back(m_size);
 }
 

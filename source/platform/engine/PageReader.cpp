@@ -1,5 +1,6 @@
 #include "platform/engine/PageReader.h"
 
+#include "platform/engine/Characters.h"
 #include "platform/engine/LibraryCalls.h"
 #include "platform/engine/PageSearch.h"
 #include "platform/engine/TextCollector.h"
@@ -10,6 +11,7 @@
 #include <cmath>
 #include <iterator>
 #include <memory>
+#include <numeric>
 #include <utility>
 
 #include <poppler-qt6.h>
@@ -66,11 +68,14 @@ PageText textOf(const Poppler::Page &page, Cancellation &cancellation)
         words = page.textList(turn, shouldAbort, payload);
     const QSizeF shown = page.pageSizeF();
     TextCollector collector;
+    collector.reserve(std::accumulate(words.begin(), words.end(), qsizetype(0),
+                                      [](qsizetype sum, const auto &word) { return sum + word->text().size() + 1; }));
     for (std::size_t i = 0; i < words.size() && !collector.isFull(); ++i) {
         const Poppler::TextBox &word = *words[i];
         int index = 0; // the library has a box for each character, not for each unit
-        for (const char32_t character : word.text().toUcs4())
+        forEachCharacter(word.text(), [&](char32_t character, qsizetype) {
             collector.add(character, turnedBack(word.charBoundingBox(index++), turn, shown));
+        });
         const bool isLast = i + 1 == words.size() || word.nextWord() != words[i + 1].get();
         if (isLast)
             collector.endLine();

@@ -13,6 +13,8 @@ namespace
 using Character = TextCollector::Character;
 using Place = std::vector<Character>::iterator;
 
+constexpr char32_t firstFromRight = 0x590;
+
 enum class Reading { Neutral, LeftToRight, Number, RightToLeft };
 
 Reading readingOf(const Character &character)
@@ -86,14 +88,11 @@ void bringInOrder(std::vector<Character> &line)
         return std::count_if(line.begin(), line.end(),
                              [=](const Character &each) { return readingOf(each) == reading; });
     };
-    const auto fromRight = count(Reading::RightToLeft);
-    if (fromRight == 0)
-        return;
     const auto isFromRight = [](Reading reading) { return reading == Reading::RightToLeft; };
     const auto isFromLeft = [](Reading reading) {
         return reading == Reading::LeftToRight || reading == Reading::Number;
     };
-    if (fromRight <= count(Reading::LeftToRight)) {
+    if (count(Reading::RightToLeft) <= count(Reading::LeftToRight)) {
         turnParts(line, isFromRight, isFromLeft);
     } else {
         turnRound(line.begin(), line.end());
@@ -103,10 +102,19 @@ void bringInOrder(std::vector<Character> &line)
 
 } // namespace
 
+void TextCollector::reserve(qsizetype units)
+{
+    const qsizetype most = std::min(units, PageText::mostCharacters);
+    m_text.text.reserve(most);
+    m_text.boxes.reserve(static_cast<std::size_t>(most));
+}
+
 void TextCollector::add(char32_t character, const QRectF &box)
 {
-    if (QChar::category(character) != QChar::Other_Control)
-        m_line.push_back({character, isPlace(box) ? box : QRectF()});
+    if (QChar::category(character) == QChar::Other_Control)
+        return;
+    m_line.push_back({character, isPlace(box) ? box : QRectF()});
+    m_isFromRight = m_isFromRight || (character >= firstFromRight && readingOf(m_line.back()) == Reading::RightToLeft);
 }
 
 void TextCollector::endWord()
@@ -116,26 +124,29 @@ void TextCollector::endWord()
 
 void TextCollector::append(const Character &character)
 {
-    const auto units = QChar::fromUcs4(character.code);
-    const QStringView view(units);
-    m_isFull = m_isFull || m_text.text.size() + view.size() > PageText::mostCharacters;
+    const qsizetype units = QChar::requiresSurrogates(character.code) ? 2 : 1;
+    m_isFull = m_isFull || m_text.text.size() + units > PageText::mostCharacters;
     if (m_isFull)
         return;
-    m_text.text += view;
     m_text.boxes.push_back(character.box);
-    m_text.boxes.resize(static_cast<std::size_t>(m_text.text.size()));
+    if (units == 1) {
+        m_text.text += QChar(static_cast<char16_t>(character.code));
+        return;
+    }
+    m_text.text += QStringView(QChar::fromUcs4(character.code));
+    m_text.boxes.emplace_back();
 }
 
 void TextCollector::endLine()
 {
-    std::vector<Character> line = std::exchange(m_line, {});
-    bringInOrder(line);
-    if (line.empty())
-        return;
-    if (!m_text.text.isEmpty())
+    if (m_isFromRight)
+        bringInOrder(m_line);
+    if (!m_line.empty() && !m_text.text.isEmpty())
         append({U'\n', {}});
-    for (const Character &character : line)
+    for (const Character &character : m_line)
         append(character);
+    m_line.clear();
+    m_isFromRight = false;
 }
 
 PageText TextCollector::take()

@@ -14,6 +14,9 @@ namespace inkory
 class TextCollector
 {
 public:
+    /// How many units are to be expected.
+    void reserve(qsizetype units);
+
     /// Control characters are left out, and boxes that are no place.
     void add(char32_t character, const QRectF &box);
     /// Where a space stands between this word and the next one of its line.
@@ -37,6 +40,7 @@ private:
 
     PageText m_text;
     std::vector<Character> m_line;
+    bool m_isFromRight = false; // whether something in the line is read from right to left
     bool m_isFull = false;
 };
 
