@@ -2,23 +2,50 @@
 
 #include "platform/widgets/PDFView.h"
 
-#include <QScrollBar>
-
 #include <algorithm>
 #include <cmath>
 
 namespace inkory
 {
 
-QPointF PDFView::documentOrigin() const
+QPointF PDFView::exactOrigin() const
 {
     const QSizeF document = m_layout.documentSize();
     const QSize shown = viewport()->size();
-    const double x = document.width() <= shown.width() ? std::floor((shown.width() - document.width()) / 2)
-                                                       : -horizontalScrollBar()->value();
+    const double x =
+        document.width() <= shown.width() ? std::floor((shown.width() - document.width()) / 2) : -m_scrollPosition.x();
     const double y = document.height() <= shown.height() ? std::floor((shown.height() - document.height()) / 2)
-                                                         : -verticalScrollBar()->value();
+                                                         : -m_scrollPosition.y();
     return {x, y};
+}
+
+QPointF PDFView::documentOrigin() const
+{
+    const double ratio = viewport()->devicePixelRatioF();
+    const QPointF exact = exactOrigin();
+    return {std::round(exact.x() * ratio) / ratio, std::round(exact.y() * ratio) / ratio};
+}
+
+QPointF PDFView::pointInDocument(const Place &place) const
+{
+    const PDFPage *page = m_document->pageAtIndex(place.pageIndex);
+    const QPointF shown = page->shownTransform().map(QPointF(place.corner.x, place.corner.y));
+    return m_layout.pageRect(place.pageIndex).topLeft() + shown * m_scaleFactor;
+}
+
+PDFView::Place PDFView::placeInDocument(const QPointF &point, int pageIndex) const
+{
+    const PDFPage *page = m_document->pageAtIndex(pageIndex);
+    const QPointF shown = (point - m_layout.pageRect(pageIndex).topLeft()) / m_scaleFactor;
+    const QPointF inPage = page->shownTransform().inverted().map(shown);
+    return {pageIndex, {inPage.x(), inPage.y()}};
+}
+
+PDFView::Place PDFView::placeAt(const QPointF &point) const
+{
+    const QPointF inDocument = point - exactOrigin();
+    const int index = m_document ? m_layout.nearestPage(inDocument.y()) : -1;
+    return index < 0 ? Place{} : placeInDocument(inDocument, index);
 }
 
 QRectF PDFView::pageRectInWidget(int pageIndex) const
@@ -29,6 +56,8 @@ QRectF PDFView::pageRectInWidget(int pageIndex) const
 std::vector<int> PDFView::visiblePages() const
 {
     std::vector<int> indices;
+    if (!m_document)
+        return indices;
     for (int i = std::max(0, m_layout.nearestPage(-documentOrigin().y())); i < m_layout.pageCount(); ++i) {
         const QRectF rect = pageRectInWidget(i);
         if (rect.top() > viewport()->height())

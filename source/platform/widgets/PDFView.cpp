@@ -1,10 +1,10 @@
 #include "platform/widgets/PDFView.h"
 
-#include <QKeyEvent>
+#include "platform/widgets/TouchInput.h"
+
 #include <QNativeGestureEvent>
+#include <QPaintEvent>
 #include <QPainter>
-#include <QScrollBar>
-#include <QWheelEvent>
 #include <QtMath>
 
 #include <algorithm>
@@ -16,18 +16,28 @@ namespace inkory
 namespace
 {
 
-const double zoomStep = 1.25;
-constexpr int pixelsPerScrollStep = 40;
+// How long nothing is to change until what may be looked at next is drawn.
+constexpr int idleMilliseconds = 100;
+// How many pixels a line has beyond what is visible of it.
+constexpr int beyondView = 4;
 
 } // namespace
 
-PDFView::PDFView(QWidget *parent) : QAbstractScrollArea(parent)
+PDFView::PDFView(QWidget *parent) : QAbstractScrollArea(parent), m_touch(std::make_unique<TouchInput>(*this))
 {
     setFrameShape(QFrame::NoFrame);      // the viewport's origin is the view's
     setLayoutDirection(Qt::LeftToRight); // the same: a scroll bar at the left would move it
     setFocusPolicy(Qt::StrongFocus);
     viewport()->setMouseTracking(true);
     viewport()->setAttribute(Qt::WA_AcceptTouchEvents);
+    viewport()->setAttribute(Qt::WA_OpaquePaintEvent);
+    m_zoomRest.setSingleShot(true);
+    connect(&m_zoomRest, &QTimer::timeout, viewport(), qOverload<>(&QWidget::update));
+    m_idle.setSingleShot(true);
+    m_idle.setInterval(idleMilliseconds);
+    connect(&m_idle, &QTimer::timeout, this, &PDFView::drawNeighboursAhead);
+    connect(&m_glide, &QVariantAnimation::valueChanged, this,
+            [this](const QVariant &position) { moveTo(position.toPointF()); });
     connect(&m_images, &PageImageStore::pieceArrived, this, &PDFView::pageContentArrived);
 }
 
@@ -43,47 +53,10 @@ void PDFView::setDocument(PDFDocument *document)
         connect(document, &PDFDocument::layoutChanged, this, &PDFView::layoutDocumentView);
         connect(document, &PDFDocument::stateChanged, this, &PDFView::layoutDocumentView);
     }
+    stopMoving();
+    m_scrollPosition = {};
+    m_chosenPage = -1;
     layoutDocumentView();
-    verticalScrollBar()->setValue(0);
-}
-
-void PDFView::setScaleFactor(double factor)
-{
-    const ViewRect visible = visibleRect();
-    setScaleFactor(factor, visible.center());
-}
-
-void PDFView::setScaleFactor(double factor, const ViewPoint &anchor)
-{
-    if (std::isnan(factor))
-        return;
-    factor = std::clamp(factor, minScaleFactor, maxScaleFactor);
-    if (qFuzzyCompare(factor, m_scaleFactor))
-        return;
-    Q_EMIT scaleFactorWillChange();
-    const PDFPage *page = pageForPoint(anchor, PageSearch::Nearest);
-    const PagePoint kept = page ? convertPointToPage(anchor, page) : PagePoint{};
-    m_scaleFactor = factor;
-    const int chosen = m_chosenPage;
-    layoutDocumentView();
-    if (page) {
-        const ViewPoint now = convertPointFromPage(kept, page);
-        horizontalScrollBar()->setValue(horizontalScrollBar()->value() + qRound(now.x - anchor.x));
-        verticalScrollBar()->setValue(verticalScrollBar()->value() + qRound(anchor.y - now.y));
-    }
-    m_chosenPage = chosen; // zooming is not going elsewhere
-    noteCurrentPage();
-    Q_EMIT scaleFactorChanged();
-}
-
-void PDFView::zoomIn()
-{
-    setScaleFactor(m_scaleFactor * zoomStep);
-}
-
-void PDFView::zoomOut()
-{
-    setScaleFactor(m_scaleFactor / zoomStep);
 }
 
 PDFPage *PDFView::currentPage() const
@@ -98,23 +71,6 @@ int PDFView::currentPageIndex() const
         return m_chosenPage;
     return m_layout.nearestPage(viewport()->height() / 2.0 - documentOrigin().y());
 }
-
-void PDFView::goToPage(int index)
-{
-    if (index < 0 || index >= m_layout.pageCount())
-        return;
-    verticalScrollBar()->setValue(qRound(m_layout.pageRect(index).top() - PageLayout::margin));
-    m_chosenPage = index; // also where there is nothing to scroll
-    noteCurrentPage();
-}
-
-PDFView::Place PDFView::place() const
-{
-    return {};
-}
-
-void PDFView::goToPlace(const Place &) {}
-void PDFView::scrollToVisible(const PageRect &, const PDFPage *) {}
 
 void PDFView::annotationsChangedOnPage(const PDFPage *page)
 {
@@ -138,27 +94,23 @@ void PDFView::layoutDocumentView()
         for (int i = 0; i < m_document->pageCount(); ++i)
             sizes.push_back(m_document->pageAtIndex(i)->shownSize());
     }
-    m_layout = PageLayout(sizes, m_scaleFactor);
+    // The page at the top stays there, whatever the pages above it became.
+    const int topPage = m_layout.nearestPage(m_scrollPosition.y() + PageLayout::margin / 2);
+    const QPointF beyondCorner = topPage < 0 ? QPointF() : m_scrollPosition - m_layout.pageRect(topPage).topLeft();
+    m_glide.stop();
+    m_layout = PageLayout(sizes, m_scaleFactor, viewport()->devicePixelRatioF());
     m_contentComplete = false;
-    updateScrollBars();
+    m_zoomAnchor.reset();
+    setScrollBarRanges();
+    const bool isKept = topPage >= 0 && topPage < m_layout.pageCount();
+    m_scrollPosition = bounded(isKept ? m_layout.pageRect(topPage).topLeft() + beyondCorner : QPointF());
+    setScrollBarValues();
     viewport()->update();
     // Before the frame, but after whoever else reacts to the same change: the zoom may be about to follow.
     QMetaObject::invokeMethod(this, &PDFView::requestVisibleContent, Qt::QueuedConnection);
     noteCurrentPage();
+    Q_EMIT contentViewBoundsChanged();
     Q_EMIT pageAppearanceChanged(nullptr);
-}
-
-void PDFView::updateScrollBars()
-{
-    const QSizeF document = m_layout.documentSize();
-    const QSize shown = viewport()->size();
-    const auto adjust = [](QScrollBar *bar, double documentLength, int shownLength) {
-        bar->setPageStep(shownLength);
-        bar->setSingleStep(pixelsPerScrollStep);
-        bar->setRange(0, std::max(0, qCeil(std::min(documentLength, 2e9)) - shownLength));
-    };
-    adjust(horizontalScrollBar(), document.width(), shown.width());
-    adjust(verticalScrollBar(), document.height(), shown.height());
 }
 
 void PDFView::noteCurrentPage()
@@ -179,15 +131,32 @@ void PDFView::pageContentArrived(int sourceIndex)
 void PDFView::paintEvent(QPaintEvent *event)
 {
     QPainter painter(viewport());
+    paintBackground(painter, event->region());
     painter.setRenderHint(QPainter::Antialiasing);
     bool complete = m_layout.pageCount() > 0;
     for (const int i : visiblePages())
         paintPage(painter, i, event->rect(), complete);
     m_images.cancelStaleRequests();
     m_pageNotes.endFrame();
+    if (complete)
+        m_idle.start();
+    else
+        m_idle.stop();
     if (complete && !std::exchange(m_contentComplete, complete))
         Q_EMIT contentCompleted();
     m_contentComplete = complete;
+}
+
+void PDFView::paintBackground(QPainter &painter, const QRegion &dirty) const
+{
+    QRegion beside = dirty;
+    for (const int i : visiblePages()) {
+        const QRectF page = pageRectInWidget(i) & QRectF(viewport()->rect());
+        beside -= QRect(QPoint(qCeil(page.left()), qCeil(page.top())),
+                        QPoint(qFloor(page.right()) - 1, qFloor(page.bottom()) - 1));
+    }
+    for (const QRect &rect : beside)
+        painter.fillRect(rect, viewport()->palette().brush(viewport()->backgroundRole()));
 }
 
 void PDFView::paintPage(QPainter &painter, int pageIndex, const QRect &dirty, bool &complete)
@@ -206,7 +175,8 @@ void PDFView::paintPage(QPainter &painter, int pageIndex, const QRect &dirty, bo
     page.drawWithBox(DisplayBox::CropBox);
     painter.setBrush(Qt::NoBrush);
     painter.setPen(QPen(QColor(0, 0, 0, 60), 1));
-    painter.drawRect(rect.toAlignedRect().adjusted(-1, -1, 0, 0)); // a thin edge around the page
+    const QRect near = viewport()->rect().adjusted(-beyondView, -beyondView, beyondView, beyondView);
+    painter.drawRect((rect & QRectF(near)).toAlignedRect().adjusted(-1, -1, 0, 0)); // a thin edge around the page
     painter.restore();
 }
 
@@ -221,38 +191,80 @@ QRect PDFView::neededPixels(const QRectF &pageRect) const
 
 void PDFView::requestVisibleContent()
 {
-    if (!isVisible())
+    if (!isVisible() || m_zoomRest.isActive())
         return;
     for (const int i : visiblePages())
         m_images.piece(*m_document->pageAtIndex(i), pixelsPerPoint(), neededPixels(pageRectInWidget(i)));
 }
 
+void PDFView::drawNeighboursAhead()
+{
+    const std::vector<int> shown = visiblePages();
+    if (shown.empty() || !isVisible() || m_zoomRest.isActive())
+        return;
+    std::vector<const PDFPage *> neighbours;
+    for (const int i : {shown.back() + 1, shown.front() - 1}) {
+        if (const PDFPage *page = m_document->pageAtIndex(i))
+            neighbours.push_back(page);
+    }
+    m_images.drawAhead(neighbours, pixelsPerPoint());
+}
+
+QRectF PDFView::placeOfPiece(const PageImageStore::Piece &piece, const QRectF &pageRect) const
+{
+    const double k = m_scaleFactor / piece.scale; // pixels of the image to pixels of the widget
+    return {pageRect.topLeft() + QPointF(piece.region.topLeft()) * k, QSizeF(piece.image.size()) * k};
+}
+
+void PDFView::drawPiece(QPainter &painter, const PageImageStore::Piece &piece, const QRectF &pageRect) const
+{
+    painter.save();
+    if (qFuzzyCompare(piece.scale, pixelsPerPoint())) {
+        const QPointF corner = painter.deviceTransform().map(pageRect.topLeft());
+        ScreenDrawingContext::enterDevicePixels(painter);
+        painter.drawImage(QPointF(std::round(corner.x()), std::round(corner.y())) + piece.region.topLeft(),
+                          piece.image);
+    } else {
+        // Of an image that is enlarged a lot, only what is visible: the painter does not count far enough.
+        const QRectF whole = placeOfPiece(piece, pageRect);
+        const double k = piece.scale / m_scaleFactor;
+        const QRectF visible = (whole & QRectF(viewport()->rect())).translated(-whole.topLeft());
+        const QRect source = QRectF(visible.topLeft() * k, visible.size() * k).toAlignedRect().adjusted(-1, -1, 1, 1) &
+                             piece.image.rect();
+        const QRectF target(whole.topLeft() + QPointF(source.topLeft()) / k, QSizeF(source.size()) / k);
+        painter.setClipRect(pageRect & QRectF(viewport()->rect()), Qt::IntersectClip);
+        if (!source.isEmpty())
+            painter.drawImage(target, piece.image, source);
+    }
+    painter.restore();
+}
+
 bool PDFView::drawPageContent(QPainter &painter, const PDFPage &page, const QRectF &pageRect)
 {
-    painter.fillRect(pageRect, Qt::white);
     const QRect visible = visiblePart(page.index());
-    const auto placeOf = [&](const PageImageStore::Piece &piece) {
-        const double k = m_scaleFactor / piece.scale; // pixels of the image to pixels of the widget
-        return QRectF(pageRect.topLeft() + QPointF(piece.region.topLeft()) * k, QSizeF(piece.image.size()) * k);
+    const auto reaches = [&](const PageImageStore::Piece *piece) {
+        return piece && placeOfPiece(*piece, pageRect).intersects(visible);
     };
-    const auto draw = [&](const PageImageStore::Piece &piece) { painter.drawImage(placeOf(piece), piece.image); };
-    if (const auto *piece = m_images.piece(page, pixelsPerPoint(), neededPixels(pageRect))) {
-        draw(*piece);
+    const auto *standIn = m_images.standIn(page);
+    const auto *backdrop = m_images.backdrop(page);
+    const bool waits = m_zoomRest.isActive() && (reaches(standIn) || backdrop);
+    using Missing = PageImageStore::Missing;
+    if (const auto *piece =
+            m_images.piece(page, pixelsPerPoint(), neededPixels(pageRect), waits ? Missing::Leave : Missing::Request)) {
+        drawPiece(painter, *piece, pageRect);
         return true;
     }
+    painter.fillRect(pageRect & QRectF(viewport()->rect()), Qt::white);
     if (hasFailed(page.index())) {
         m_pageNotes.paintFailure(painter, {page.index(), visible});
         return true;
     }
-    const auto *standIn = m_images.standIn(page);
-    if (standIn && placeOf(*standIn).intersects(visible)) {
-        painter.save();
-        painter.setClipRect(pageRect, Qt::IntersectClip);
-        draw(*standIn);
-        painter.restore();
-    } else {
+    if (backdrop)
+        drawPiece(painter, *backdrop, pageRect);
+    if (reaches(standIn))
+        drawPiece(painter, *standIn, pageRect);
+    else if (!backdrop)
         m_pageNotes.paintWaiting(painter, {page.index(), visible});
-    }
     return false;
 }
 
@@ -283,58 +295,17 @@ void PDFView::drawAgain(int pageIndex)
     Q_EMIT pageDrawnAgain(page);
 }
 
-void PDFView::resizeEvent(QResizeEvent *event)
-{
-    QAbstractScrollArea::resizeEvent(event);
-    updateScrollBars();
-    noteCurrentPage();
-    Q_EMIT contentViewBoundsChanged();
-}
-
-void PDFView::scrollContentsBy(int, int)
-{
-    m_chosenPage = -1;
-    viewport()->update();
-    noteCurrentPage();
-    Q_EMIT contentViewBoundsChanged();
-}
-
-void PDFView::wheelEvent(QWheelEvent *event)
-{
-    if (!event->modifiers().testFlag(Qt::ControlModifier)) {
-        QAbstractScrollArea::wheelEvent(event);
-        return;
-    }
-    const double steps = event->angleDelta().y() / 120.0;
-    setScaleFactor(m_scaleFactor * std::pow(zoomStep, steps),
-                   {event->position().x(), height() - event->position().y()});
-    event->accept();
-}
-
-void PDFView::keyPressEvent(QKeyEvent *event)
-{
-    QScrollBar *bar = verticalScrollBar();
-    if (event->key() == Qt::Key_Home)
-        bar->setValue(bar->minimum());
-    else if (event->key() == Qt::Key_End)
-        bar->setValue(bar->maximum());
-    else if (event->key() == Qt::Key_Space)
-        bar->triggerAction(event->modifiers().testFlag(Qt::ShiftModifier) ? QAbstractSlider::SliderPageStepSub
-                                                                          : QAbstractSlider::SliderPageStepAdd);
-    else
-        QAbstractScrollArea::keyPressEvent(event);
-}
-
 bool PDFView::viewportEvent(QEvent *event)
 {
     if ((event->type() == QEvent::MouseButtonPress || event->type() == QEvent::MouseButtonDblClick) &&
         m_pageNotes.isSecondPress(static_cast<QMouseEvent *>(event)->position().toPoint()))
         return true;
+    if (m_touch->handle(event))
+        return true;
     if (event->type() == QEvent::NativeGesture) {
         const auto *gesture = static_cast<QNativeGestureEvent *>(event);
         if (gesture->gestureType() == Qt::ZoomNativeGesture) {
-            setScaleFactor(m_scaleFactor * (1 + gesture->value()),
-                           {gesture->position().x(), height() - gesture->position().y()});
+            setScaleFactor(m_scaleFactor * (1 + gesture->value()), viewPointAt(gesture->position()));
             return true;
         }
     }
@@ -363,6 +334,8 @@ void PDFView::watchWindow()
 bool PDFView::eventFilter(QObject *watched, QEvent *event)
 {
     if (watched == m_watchedWindow && event->type() == QEvent::UpdateRequest && isVisible()) {
+        if (m_layout.pixelRatio() != viewport()->devicePixelRatioF())
+            layoutDocumentView(); // the window came to another screen
         viewWillDraw();
         placeDrawAgainButtons();
     }

@@ -10,13 +10,22 @@
 #include "platform/widgets/ScreenDrawingContext.h"
 
 #include <QAbstractScrollArea>
+#include <QElapsedTimer>
 #include <QPointer>
+#include <QTimer>
+#include <QVariantAnimation>
+
+#include <memory>
+#include <optional>
+#include <vector>
 
 namespace inkory
 {
 
 /// Whether a point beside all pages counts for the nearest one.
 enum class PageSearch { Exact, Nearest };
+
+class TouchInput;
 
 /// Shows the pages of a document below one another, scrolled and zoomed, and converts between page space, view space
 /// and the other spaces on screen: nobody else does that arithmetic. Qt has no widget that draws pages through the
@@ -157,10 +166,45 @@ protected:
     bool eventFilter(QObject *watched, QEvent *event) override;
 
 private:
+    friend class TouchInput; // fingers scroll and zoom in the same ways as wheels
+
+    // Scrolling. Positions of the document's are those of PageLayout.
+    /// Where the view's upper left corner may get at most.
+    QSizeF scrollRange() const;
+    /// As far as that goes; what is not a number is ignored.
+    void moveTo(const QPointF &position);
+    /// The same, and ends what moves by itself.
+    void scrollTo(const QPointF &position);
+    void scrollBy(const QPointF &distance) { scrollTo(m_scrollPosition + distance); }
+    void glideBy(const QPointF &distance);
+    void stopMoving();
+    void positionChanged();
+    QPointF bounded(const QPointF &position) const;
+    void setScrollBarRanges();
+    void setScrollBarValues();
+    /// One step of a scroll bar for this length to scroll.
+    static double pixelsPerBarStep(double range);
+    bool scrollWithKey(const QKeyEvent &event);
+    void scrollSidewaysOrTurnPage(int direction);
+    void choosePage(int index);
+
+    // Zooming.
+    /// Keeps the place at the point of the widget.
+    void zoomKeeping(double factor, const Place &kept, const QPointF &at);
+    void zoomByNotches(double notches, const QPointF &at);
+    void noteZooming();
+    QPointF pointInDocument(const Place &place) const;
+    Place placeInDocument(const QPointF &point, int pageIndex) const;
+    /// What is shown at a point of the widget, in the space of the nearest page.
+    Place placeAt(const QPointF &point) const;
+    ViewPoint viewPointAt(const QPointF &point) const { return {point.x(), height() - point.y()}; }
+
     /// From page space to the widget: origin upper left, y downward.
     QTransform widgetTransform(int pageIndex) const;
     QTransform viewTransform(const PDFPage *page) const;
-    /// Where the document's upper left corner stands in the widget.
+    /// Where the document's upper left corner stands in the widget, not rounded.
+    QPointF exactOrigin() const;
+    /// The same on whole device pixels, as it is drawn.
     QPointF documentOrigin() const;
     QRectF pageRectInWidget(int pageIndex) const;
     /// From the top; those of which anything is seen.
@@ -168,15 +212,19 @@ private:
     QRect visiblePart(int pageIndex) const;
     double pixelsPerPoint() const;
     void watchWindow();
-    void updateScrollBars();
     void noteCurrentPage();
     void pageContentArrived(int sourceIndex);
     void paintPage(QPainter &painter, int pageIndex, const QRect &dirty, bool &complete);
+    void paintBackground(QPainter &painter, const QRegion &dirty) const;
     bool drawPageContent(QPainter &painter, const PDFPage &page, const QRectF &pageRect);
+    /// Exactly, where the image has the device's pixels, otherwise scaled.
+    void drawPiece(QPainter &painter, const PageImageStore::Piece &piece, const QRectF &pageRect) const;
+    QRectF placeOfPiece(const PageImageStore::Piece &piece, const QRectF &pageRect) const;
     /// The visible part of a page, in device pixels of the whole shown page.
     QRect neededPixels(const QRectF &pageRect) const;
     /// Asks for what the next frame will show, so that it is being drawn while that frame is still being prepared.
     void requestVisibleContent();
+    void drawNeighboursAhead();
     bool hasFailed(int pageIndex) const;
     void placeDrawAgainButtons();
     void drawAgain(int pageIndex);
@@ -187,7 +235,21 @@ private:
     ScaledImages m_stampImages;
     PageNotes m_pageNotes{*this, [this](int pageIndex) { drawAgain(pageIndex); }};
     QPointer<QWidget> m_watchedWindow;
+    struct ZoomAnchor
+    {
+        QPointF at; // in the widget
+        Place kept;
+    };
+
     double m_scaleFactor = 1;
+    QPointF m_scrollPosition; // of the view's upper left corner in the document, exact
+    bool m_isSettingScrollBars = false;
+    QVariantAnimation m_glide;
+    std::optional<ZoomAnchor> m_zoomAnchor; // of the last zooming, until the pages are scrolled
+    QElapsedTimer m_sinceZoom;
+    QTimer m_zoomRest; // runs while one factor follows another
+    QTimer m_idle;     // until the neighbours of what is shown are drawn
+    std::unique_ptr<TouchInput> m_touch;
     int m_lastCurrentPage = -1;
     int m_chosenPage = -1; // the one gone to, until the pages are scrolled; -1 for none
     bool m_contentComplete = false;

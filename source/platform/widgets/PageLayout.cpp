@@ -6,30 +6,47 @@
 namespace inkory
 {
 
-PageLayout::PageLayout(const std::vector<QSizeF> &shownSizes, double scaleFactor) : m_scaleFactor(scaleFactor)
+PageLayout::PageLayout(const std::vector<QSizeF> &shownSizes, double scaleFactor, double pixelRatio)
+    : m_tops(shownSizes.size())
 {
-    m_tops.reserve(shownSizes.size());
     m_widths.reserve(shownSizes.size());
     m_heights.reserve(shownSizes.size());
-    double top = margin;
-    double widest = 0;
     for (const QSizeF &size : shownSizes) {
-        m_tops.push_back(top);
-        m_widths.push_back(static_cast<float>(size.width()));
-        m_heights.push_back(static_cast<float>(size.height()));
-        top += std::ceil(size.height() * scaleFactor) + margin;
-        widest = std::max(widest, size.width() * scaleFactor);
+        m_widths.push_back(size.width());
+        m_heights.push_back(size.height());
     }
-    if (!shownSizes.empty())
-        m_documentSize = QSizeF(std::ceil(widest) + 2 * margin, top);
+    setScale(scaleFactor, pixelRatio);
+}
+
+double PageLayout::wholePixels(double length)
+{
+    return std::ceil(length - 1e-6);
+}
+
+void PageLayout::setScale(double scaleFactor, double pixelRatio)
+{
+    m_scaleFactor = scaleFactor;
+    m_pixelRatio = pixelRatio;
+    // Counted in device pixels, so that no error adds up over many pages.
+    const double gap = wholePixels(margin * pixelRatio);
+    double top = gap;
+    for (std::size_t i = 0; i < m_tops.size(); ++i) {
+        m_tops[i] = top / pixelRatio;
+        top += wholePixels(m_heights[i] * scaleFactor * pixelRatio) + gap;
+    }
+    if (!m_tops.empty()) {
+        const double widest = *std::max_element(m_widths.begin(), m_widths.end());
+        m_documentSize = QSizeF(wholePixels(widest * scaleFactor) + 2 * margin, top / pixelRatio);
+    }
 }
 
 QRectF PageLayout::pageRect(int index) const
 {
     const auto i = static_cast<std::size_t>(index);
-    const double width = static_cast<double>(m_widths[i]) * m_scaleFactor;
-    const double height = static_cast<double>(m_heights[i]) * m_scaleFactor;
-    return {std::floor((m_documentSize.width() - width) / 2), m_tops[i], width, height};
+    const double width = m_widths[i] * m_scaleFactor;
+    const double height = m_heights[i] * m_scaleFactor;
+    const double left = std::floor((m_documentSize.width() - width) / 2 * m_pixelRatio) / m_pixelRatio;
+    return {left, m_tops[i], width, height};
 }
 
 int PageLayout::nearestPage(double y) const

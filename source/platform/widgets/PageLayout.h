@@ -11,7 +11,7 @@ namespace inkory
 
 /// Where the pages of a document stand when they are shown below one another at a zoom factor. A value. All numbers are
 /// in device-independent pixels of the laid-out document: origin at its upper left corner, y downward, margins
-/// included. Lefts and tops are whole numbers, so that page images need not be resampled.
+/// included. Lefts and tops are whole device pixels, so that page images need not be resampled.
 class PageLayout
 {
 public:
@@ -19,8 +19,16 @@ public:
     static constexpr double margin = 12;
 
     PageLayout() = default;
-    /// The pages' sizes as displayed, in points, and the zoom factor in pixels per point.
-    PageLayout(const std::vector<QSizeF> &shownSizes, double scaleFactor);
+    /// The pages' sizes as displayed, in points, the zoom factor in pixels per point, and how many device pixels one
+    /// pixel is wide.
+    explicit PageLayout(const std::vector<QSizeF> &shownSizes, double scaleFactor = 1, double pixelRatio = 1);
+
+    /// The same pages at another zoom factor or on another screen. Linear in the number of pages, but quick.
+    void setScale(double scaleFactor, double pixelRatio);
+    double pixelRatio() const { return m_pixelRatio; }
+
+    /// How many whole pixels a length takes; an error of calculation makes no further one.
+    static double wholePixels(double length);
 
     int pageCount() const { return static_cast<int>(m_tops.size()); }
     QSizeF documentSize() const { return m_documentSize; }
@@ -36,9 +44,10 @@ public:
 
 private:
     std::vector<double> m_tops;
-    std::vector<float> m_widths; // points fit exactly enough: 14,400 with 1/1000 to spare
-    std::vector<float> m_heights;
+    std::vector<double> m_widths; // in points
+    std::vector<double> m_heights;
     double m_scaleFactor = 1;
+    double m_pixelRatio = 1;
     QSizeF m_documentSize;
 };
 

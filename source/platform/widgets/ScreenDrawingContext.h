@@ -11,18 +11,20 @@
 namespace inkory
 {
 
-/// Copies of images at the size in which they are shown, so that drawing a stamp again and again does not scale its
-/// image again and again. Keeps the ones used last.
+/// Copies of images at the size and turned as they are shown, so that drawing a stamp again and again does not scale
+/// its image again and again. Keeps the ones used last.
 class ScaledImages
 {
 public:
-    /// The image with exactly this many pixels. Shared until the next call that makes room.
-    const QImage &scaled(const ImagePtr &image, const QSize &pixels);
+    /// The image mirrored and turned as the transform does it (quarter turns only), with exactly this many pixels after
+    /// that. Valid until the next call.
+    const QImage &scaled(const ImagePtr &image, const QSize &pixels, const QTransform &turning);
 
 private:
     struct Entry
     {
         ImagePtr image;
+        QTransform turn;
         QImage scaled;
     };
 
@@ -30,7 +32,7 @@ private:
 };
 
 /// The drawing context of the screen: page contents come from images made in the background, stamps are drawn over them
-/// now.
+/// now. Places on the device are rounded to whole pixels there, so that nothing is resampled while it is drawn.
 class ScreenDrawingContext : public DrawingContext
 {
 public:
@@ -46,6 +48,9 @@ public:
     QTransform transformForBox(const PDFPage &page, DisplayBox box) const override;
     void drawContent(const PDFPage &page, DisplayBox box) override;
     void drawImage(const QRectF &rect, const ImagePtr &image, double opacity) override;
+
+    /// Makes the painter's coordinates the device's own pixels, whatever the pixel ratio.
+    static void enterDevicePixels(QPainter &painter);
 
 private:
     QPainter &m_painter;

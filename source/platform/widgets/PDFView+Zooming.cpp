@@ -1,0 +1,89 @@
+// How the zoom factor changes, and what stays where it is meanwhile.
+
+#include "platform/widgets/PDFView.h"
+#include "platform/widgets/TouchInput.h"
+
+#include <algorithm>
+#include <cmath>
+
+namespace inkory
+{
+
+namespace
+{
+
+constexpr double zoomStep = 1.25;
+// How long the factor has to rest, after changes in quick succession, until pages are drawn for it.
+constexpr int restMilliseconds = 90;
+
+} // namespace
+
+void PDFView::setScaleFactor(double factor)
+{
+    const ViewRect visible = visibleRect();
+    setScaleFactor(factor, visible.center());
+}
+
+void PDFView::setScaleFactor(double factor, const ViewPoint &anchor)
+{
+    if (std::isnan(factor))
+        return;
+    const QPointF at(anchor.x, height() - anchor.y);
+    // Where the document ends, what is under a resting pointer moves away from it, and comes back in the end.
+    if (!m_zoomAnchor || m_zoomAnchor->at != at)
+        m_zoomAnchor = ZoomAnchor{at, placeAt(at)};
+    const ZoomAnchor kept = *m_zoomAnchor;
+    zoomKeeping(factor, kept.kept, at);
+    m_zoomAnchor = kept;
+}
+
+void PDFView::zoomKeeping(double factor, const Place &kept, const QPointF &at)
+{
+    factor = std::clamp(factor, minScaleFactor, maxScaleFactor);
+    const auto positionFor = [&] {
+        const bool isThere = m_document && m_document->pageAtIndex(kept.pageIndex);
+        return isThere && kept.pageIndex < m_layout.pageCount() ? pointInDocument(kept) - at : m_scrollPosition;
+    };
+    if (qFuzzyCompare(factor, m_scaleFactor)) {
+        moveTo(positionFor());
+        return;
+    }
+    Q_EMIT scaleFactorWillChange();
+    stopMoving();
+    noteZooming();
+    m_scaleFactor = factor;
+    m_layout.setScale(factor, viewport()->devicePixelRatioF());
+    m_contentComplete = false;
+    setScrollBarRanges();
+    m_scrollPosition = bounded(positionFor());
+    m_zoomAnchor.reset();
+    positionChanged(); // the page gone to stays the current one: zooming is not going elsewhere
+    // Before the frame, but after whoever else reacts to the same change.
+    QMetaObject::invokeMethod(this, &PDFView::requestVisibleContent, Qt::QueuedConnection);
+    Q_EMIT scaleFactorChanged();
+}
+
+void PDFView::noteZooming()
+{
+    if (m_sinceZoom.isValid() && m_sinceZoom.elapsed() < restMilliseconds)
+        m_zoomRest.start(restMilliseconds);
+    m_sinceZoom.start();
+}
+
+void PDFView::zoomByNotches(double notches, const QPointF &at)
+{
+    if (notches != 0)
+        setScaleFactor(m_scaleFactor * std::pow(zoomStep, notches), viewPointAt(at));
+}
+
+void PDFView::zoomIn()
+{
+    setScaleFactor(m_scaleFactor * zoomStep);
+}
+
+void PDFView::zoomOut()
+{
+    setScaleFactor(m_scaleFactor / zoomStep);
+}
+
+} // namespace inkory

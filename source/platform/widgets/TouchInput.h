@@ -1,0 +1,59 @@
+#pragma once
+
+#include "platform/widgets/PDFView.h"
+
+#include <QEvent>
+#include <QPointF>
+
+#include <optional>
+#include <vector>
+
+class QScroller;
+class QTouchEvent;
+
+namespace inkory
+{
+
+/// Fingers on the pages of a view: one scrolls them, and they glide on; a tap is a click; one that starts on what the
+/// view claims drags that, as a mouse would; two zoom. Owned by the view, whose viewport takes touch events. Positions
+/// are in the viewport.
+class TouchInput
+{
+public:
+    explicit TouchInput(PDFView &view) : m_view(view) {}
+
+    /// An event of the viewport. Whether it was a finger's, or one of the gliding, and is done with.
+    bool handle(QEvent *event);
+    /// Ends the gliding.
+    void stop();
+
+private:
+    enum class Mode { None, Scroll, Drag, Pinch };
+    struct Pinch
+    {
+        double distance = 0;   // between the fingers when they began
+        double factor = 1;     // the view's zoom factor then
+        PDFView::Place middle; // what was between the fingers then
+    };
+    using Fingers = std::vector<QPointF>;
+
+    bool begin(const QTouchEvent &event);
+    void move(const QTouchEvent &event);
+    void lift(const QTouchEvent &event);
+    void cancel();
+    void startScrolling(const QPointF &finger, qint64 milliseconds);
+    void startPinch(const Fingers &fingers);
+    void pinch(const Fingers &fingers);
+    bool belongsToChild(const QPointF &finger) const;
+    void sendMouse(QEvent::Type type, const QPointF &position) const;
+    QScroller &scroller();
+
+    PDFView &m_view;
+    Mode m_mode = Mode::None;
+    bool m_mayTap = false;
+    QPointF m_last; // where the one finger is
+    std::optional<Pinch> m_pinch;
+    QScroller *m_scroller = nullptr; // owned by the viewport; made for the first finger
+};
+
+} // namespace inkory
