@@ -249,15 +249,24 @@ void dragging(const QString &file)
                 floorOf(view.size()), 4, 4);
 }
 
-// Of one process, with its share of what several have, in bytes.
-qint64 memoryOf(const QString &process)
+// Of one process, in bytes; of what several have, its share.
+struct Memory
+{
+    qint64 own = 0;
+    qint64 mapped = 0; // pages of files, which the system takes back when it needs them
+};
+
+Memory memoryOf(const QString &process)
 {
     QFile file(QStringLiteral("/proc/%1/smaps_rollup").arg(process));
     if (!file.open(QIODevice::ReadOnly))
-        return 0;
+        return {};
     const QByteArray text = file.readAll();
-    const qsizetype start = text.indexOf("\nPss:") + 5;
-    return text.mid(start, text.indexOf("kB", start) - start).trimmed().toLongLong() * 1024;
+    const auto entry = [&](const QByteArray &name) {
+        const qsizetype start = text.indexOf(name) + name.size();
+        return text.mid(start, text.indexOf("kB", start) - start).trimmed().toLongLong() * 1024;
+    };
+    return {entry("Pss_Anon:") + entry("Pss_Shmem:"), entry("Pss_File:")};
 }
 
 QStringList helpers()
@@ -277,31 +286,35 @@ void scrollThrough(const QString &name, const QString &file, double limit)
     Shown shown(file);
     KRPDFView &view = shown.view();
     const int count = shown.document().pageCount();
-    qint64 most = 0;
-    qint64 mostWindow = 0;
-    qint64 mostHelper = 0;
+    Memory most;
+    Memory mostInWindow;
+    Memory mostInHelper;
+    const auto raise = [](Memory &highest, const Memory &found) {
+        highest = {std::max(highest.own, found.own), std::max(highest.mapped, found.mapped)};
+    };
     const auto look = [&](int page) {
         view.goToPage(page);
         shown.waitForContent();
         if (page % 10 != 0 && count > 100)
             return;
-        const qint64 window = memoryOf(QStringLiteral("self"));
-        qint64 all = window;
+        Memory sum = memoryOf(QStringLiteral("self"));
+        raise(mostInWindow, sum);
         for (const QString &helper : helpers()) {
-            const qint64 bytes = memoryOf(helper);
-            all += bytes;
-            mostHelper = std::max(mostHelper, bytes);
+            const Memory found = memoryOf(helper);
+            sum = {sum.own + found.own, sum.mapped + found.mapped};
+            raise(mostInHelper, found);
         }
-        mostWindow = std::max(mostWindow, window);
-        most = std::max(most, all);
+        raise(most, sum);
     };
     for (int page = 0; page < count; ++page)
         look(page);
     for (int page = count - 1; page >= 0; --page)
         look(page);
-    reportNumber(name, static_cast<double>(most) / 1e6, QStringLiteral("MB"), limit);
-    std::printf("%-58s %9.2f MB, %.2f MB\n", "  (the window at most, one helper at most)",
-                static_cast<double>(mostWindow) / 1e6, static_cast<double>(mostHelper) / 1e6);
+    const auto megabytes = [](qint64 bytes) { return static_cast<double>(bytes) / 1e6; };
+    reportNumber(name, megabytes(most.own), QStringLiteral("MB"), limit);
+    std::printf(
+        "  (the window %.0f MB, one helper %.0f MB; and up to %.0f MB of files' pages, the document's among them)\n",
+        megabytes(mostInWindow.own), megabytes(mostInHelper.own), megabytes(most.mapped));
 }
 
 // Pages that are one JPEG image each, as a scanner makes them.

@@ -1,7 +1,6 @@
 // How the zoom factor changes, and what stays where it is meanwhile.
 
 #include "platform/widgets/PDFView.h"
-#include "platform/widgets/TouchInput.h"
 
 #include <algorithm>
 #include <cmath>

@@ -3,7 +3,6 @@
 #include <QAbstractButton>
 #include <QGuiApplication>
 #include <QMouseEvent>
-#include <QScroller>
 #include <QTouchEvent>
 
 #include <cmath>

@@ -4,11 +4,11 @@
 
 #include <QEvent>
 #include <QPointF>
+#include <QScroller>
 
 #include <optional>
 #include <vector>
 
-class QScroller;
 class QTouchEvent;
 
 namespace inkory
