@@ -5,11 +5,7 @@
 #include "V1/stamps/KRImageStamp.h"
 #include "V1/stamps/KRPDFPage.h"
 #include "platform/core/LocalizedStrings.h"
-#include "platform/core/PhysicalKeys.h"
 #include "platform/pdf/PDFDocument.h"
-
-#include <QKeyEvent>
-#include <QMouseEvent>
 
 #include <algorithm>
 
@@ -62,6 +58,7 @@ void KRPDFView::setSelectedStampView(const std::shared_ptr<KRStamp> &stamp)
 {
     if (stamp && stamp == m_selectedStampView)
         return;
+    m_interaction.finish(); // of what was held until now
     if (m_selectedStampView)
         m_selectedStampView->setStampMode(StampModeNormal);
     const std::shared_ptr<KRStamp> former = std::exchange(m_selectedStampView, stamp);
@@ -189,113 +186,6 @@ void KRPDFView::viewWillDraw()
     if (m_pointer)
         updateHighlightOverlay(*m_pointer);
     PDFView::viewWillDraw();
-}
-
-void KRPDFView::mouseDoubleClickEvent(QMouseEvent *event)
-{
-    mousePressEvent(event); // the second press of two is a press like any other
-}
-
-void KRPDFView::mousePressEvent(QMouseEvent *event)
-{
-    if (event->button() != Qt::LeftButton) {
-        PDFView::mousePressEvent(event);
-        return;
-    }
-    m_overlays.hideHighlight();
-    const ViewPoint point{event->position().x(), height() - event->position().y()};
-    std::shared_ptr<KRStamp> hit = stampViewForPoint(point);
-    bool onToolbar = m_overlays.toolbarRect().contains(point);
-    m_press.mayEnterEditMode = false;
-    if (placeStampAtPress(point, hit.get()))
-        return;
-    const bool isKnownTool = m_currentToolType >= ToolTypeSelect && m_currentToolType <= ToolTypeTextStamp;
-    if (!hit && !onToolbar && !isKnownTool) {
-        m_press.lastDragLocation = point;
-        return;
-    }
-    hit = claimPress(point, hit, onToolbar);
-    m_press.lastDragLocation = point;
-    if (!hit) {
-        setSelectedStampView(nullptr);
-        PDFView::mousePressEvent(event);
-        return;
-    }
-    m_press.mayEnterEditMode = !onToolbar && hit == m_selectedStampView;
-    setSelectedStampView(hit);
-    m_press.resizing = stampOverlayResizeRect().contains(point) && hit->stampType() != StampTypeText;
-    event->accept();
-}
-
-// With a stamp tool on empty space a press places a stamp and ends there. The image tool does not ask for the toolbar.
-bool KRPDFView::placeStampAtPress(const ViewPoint &point, const KRStamp *hit)
-{
-    if (hit || m_currentToolType != ToolTypeImageStamp)
-        return false;
-    m_press.mouseDownInStampView = false;
-    if (getDocumentViewFrameInPDFViewCords().contains(point))
-        addImageStampView(point);
-    return true;
-}
-
-// Which stamp the press grabs: the one under it, or the selected one by its overlay or by the toolbar's background.
-std::shared_ptr<KRStamp> KRPDFView::claimPress(const ViewPoint &point, std::shared_ptr<KRStamp> hit, bool &onToolbar)
-{
-    m_press.mouseDownInStampView = false;
-    if (!m_selectedStampView || m_selectedStampView->stampMode() != StampModeEditing) {
-        if (!hit && m_selectedStampView && m_overlays.selectionRect().contains(point))
-            hit = m_selectedStampView;
-        m_press.mouseDownInStampView = hit != nullptr;
-    }
-    if (!m_press.mouseDownInStampView && m_selectedStampView && m_overlays.isToolbarShown() &&
-        m_overlays.toolbarRect().contains(point)) {
-        m_press.mouseDownInStampView = true;
-        m_selectedStampView->setStampMode(StampModeNormal);
-        hit = m_selectedStampView;
-        setFocus();
-        onToolbar = true;
-    }
-    return hit;
-}
-
-void KRPDFView::mouseReleaseEvent(QMouseEvent *event)
-{
-    m_press.mouseDownInStampView = false;
-    if (m_selectedStampView && (m_press.resizing || m_selectedStampView->stampMode() == StampModeDragging)) {
-        m_selectedStampView->setStampMode(StampModeSelected);
-        annotationsChangedOnPage(m_selectedStampView->pdfPage());
-    }
-    m_press.resizing = false;
-    if (m_selectedStampView) {
-        forceBoundsForSelectedStampView();
-        setNeedsDisplayInRect(stampRect(*m_selectedStampView));
-        m_selectedStampView->trackFrameAndPageChanges();
-    }
-    PDFView::mouseReleaseEvent(event);
-}
-
-void KRPDFView::mouseMoveEvent(QMouseEvent *event)
-{
-    m_pointer = ViewPoint{event->position().x(), height() - event->position().y()};
-    if (event->buttons() == Qt::NoButton)
-        updateHighlightOverlay(*m_pointer);
-    PDFView::mouseMoveEvent(event);
-}
-
-void KRPDFView::leaveEvent(QEvent *event)
-{
-    m_pointer.reset();
-    m_overlays.hideHighlight();
-    PDFView::leaveEvent(event);
-}
-
-void KRPDFView::keyPressEvent(QKeyEvent *event)
-{
-    const PhysicalKey key = physicalKey(*event);
-    if ((key == PhysicalKey::Backspace || key == PhysicalKey::ForwardDelete) && m_selectedStampView)
-        deleteSelectedStampView();
-    else
-        PDFView::keyPressEvent(event);
 }
 
 void KRPDFView::performUndoOperation(const QString &operation, const QVariant &argument)

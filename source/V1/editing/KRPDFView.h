@@ -1,6 +1,7 @@
 #pragma once
 
 #include "V1/editing/OverlayTracking.h"
+#include "V1/editing/PointerInteraction.h"
 #include "V1/editing/StampViewToolbar.h"
 #include "V1/editing/ToolType.h"
 #include "V1/stamps/StampHost.h"
@@ -82,6 +83,14 @@ public:
     void rotateSelectedStampClockwise();
     void rotateSelectedStampCounterClockwise();
 
+    /// Nudges the selected stamp across the screen (x to the right, y upward, page units at any zoom), not beyond its
+    /// page, and scrolls to it. No undo step of its own: it joins the stamp's next one.
+    void moveSelectedStampViewByX(float dx, float dy);
+    void moveUp(float units = 1) { moveSelectedStampViewByX(0, units); }
+    void moveDown(float units = 1) { moveSelectedStampViewByX(0, -units); }
+    void moveLeft(float units = 1) { moveSelectedStampViewByX(-units, 0); }
+    void moveRight(float units = 1) { moveSelectedStampViewByX(units, 0); }
+
     void zoomActualSize();
     void fitPageWidth();
     void fitPageSize();
@@ -100,7 +109,7 @@ public:
     inkory::ViewRect getDocumentViewFrameInPDFViewCords() const { return documentViewFrame(); }
     const OverlayTracking &overlays() const { return m_overlays; }
     /// A resize of the selected stamp is in progress.
-    bool isResizing() const { return m_press.resizing; }
+    bool isResizing() const { return m_interaction.isResizing(); }
 
     void performUndoOperation(const QString &operation, const QVariant &argument) override;
 
@@ -111,6 +120,9 @@ Q_SIGNALS:
 
 protected:
     void viewWillDraw() override;
+    bool claimsTouch(const inkory::ViewPoint &point) const override;
+    bool event(QEvent *event) override;
+    bool viewportEvent(QEvent *event) override;
     void mousePressEvent(QMouseEvent *event) override;
     void mouseDoubleClickEvent(QMouseEvent *event) override;
     void mouseReleaseEvent(QMouseEvent *event) override;
@@ -119,17 +131,7 @@ protected:
     void keyPressEvent(QKeyEvent *event) override;
 
 private:
-    /// The state of the pointer press; the flags survive between presses as far as their names say.
-    struct Press
-    {
-        bool mouseDownInStampView = false; ///< The press may drag the selected stamp.
-        bool resizing = false;             ///< It began on the resize handle.
-        bool mayEnterEditMode = false;     ///< It landed again on the selected stamp, and nothing was dragged since.
-        inkory::ViewPoint lastDragLocation;
-    };
-
-    bool placeStampAtPress(const inkory::ViewPoint &point, const KRStamp *hit);
-    std::shared_ptr<KRStamp> claimPress(const inkory::ViewPoint &point, std::shared_ptr<KRStamp> hit, bool &onToolbar);
+    bool handleStampKey(const QKeyEvent &event);
     /// Undo of a page's turning: {"page", "angle" in degrees}.
     void rotateCurrentPageByAngleObject(const QVariantMap &step);
     void rotatePageByAngle(inkory::PDFPage &page, double angle);
@@ -144,7 +146,7 @@ private:
     std::shared_ptr<KRStamp> m_selectedStampView;
     inkory::ImagePtr m_stampImage;
     ToolType m_currentToolType = ToolTypeSelect;
-    Press m_press;
     std::optional<inkory::ViewPoint> m_pointer; // none while the pointer is elsewhere
     OverlayTracking m_overlays;
+    PointerInteraction m_interaction{*this, m_overlays};
 };

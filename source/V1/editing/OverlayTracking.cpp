@@ -158,6 +158,12 @@ OverlayTracking::CursorKind OverlayTracking::cursorFor(const ViewPoint &point, c
         return CursorKind::Resize;
     if (stampAtPoint || toolbarRect().contains(point) || !m_view.visibleRect().contains(point))
         return CursorKind::Arrow;
+    return cursorOverPages();
+}
+
+// Where no stamp and nothing that lies over the pages has a say.
+OverlayTracking::CursorKind OverlayTracking::cursorOverPages() const
+{
     switch (m_view.currentToolType()) {
     case ToolTypeTextStamp:
         return CursorKind::IBeam;
@@ -170,7 +176,11 @@ OverlayTracking::CursorKind OverlayTracking::cursorFor(const ViewPoint &point, c
 
 void OverlayTracking::updateCurrentCursor(const ViewPoint &point, const KRStamp *stampAtPoint)
 {
-    const CursorKind kind = cursorFor(point, stampAtPoint);
+    setCursor(cursorFor(point, stampAtPoint));
+}
+
+void OverlayTracking::setCursor(CursorKind kind)
+{
     if (kind == m_cursor)
         return;
     m_cursor = kind;

@@ -26,6 +26,7 @@ public:
     void updateStampViewOverlay();
     void updateHighlightOverlay(const inkory::ViewPoint &point);
     void updateCurrentCursor(const inkory::ViewPoint &point, const KRStamp *stampAtPoint);
+    void setArrowCursor() { setCursor(CursorKind::Arrow); }
     void hideHighlight();
 
     /// The resize handle in view space: the lower right corner of the selection overlay, as large as the resize
@@ -54,6 +55,8 @@ private:
     void layOutToolbar();
     void placeToolbar(const inkory::OverlayRect &stampRect);
     CursorKind cursorFor(const inkory::ViewPoint &point, const KRStamp *stampAtPoint) const;
+    CursorKind cursorOverPages() const;
+    void setCursor(CursorKind kind);
 
     // The widgets are children of the view's viewport and live as long as it does.
     KRPDFView &m_view;

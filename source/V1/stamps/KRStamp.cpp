@@ -168,6 +168,14 @@ void KRStamp::resetLastFrameAndPage()
     m_lastFrame = m_frame;
 }
 
+void KRStamp::restorePlacement(const Placement &former)
+{
+    setPdfPage(former.page);
+    m_frame = former.frame;
+    m_lastPage = former.lastPage;
+    m_lastFrame = former.lastFrame;
+}
+
 void KRStamp::draw()
 {
     const PageRect content = m_frame;

@@ -85,6 +85,18 @@ public:
     /// Makes the present frame and page the tracking point without undo.
     void resetLastFrameAndPage();
 
+    /// Where a stamp stands, and its tracking point: all that dragging it changes. Refers to pages without owning them.
+    struct Placement
+    {
+        KRPDFPage *page = nullptr;
+        inkory::PageRect frame;
+        KRPDFPage *lastPage = nullptr;
+        inkory::PageRect lastFrame;
+    };
+    Placement placement() const { return {m_pdfPage, m_frame, m_lastPage, m_lastFrame}; }
+    /// Puts the stamp back, for a drag that is given up: no undo, no announcement.
+    void restorePlacement(const Placement &former);
+
     /// Draws the stamp into the current context, which is in the page's space: with its rotation, and on screen with
     /// the opacity of its mode.
     virtual void draw();

@@ -1,0 +1,251 @@
+#include "V1/editing/PointerInteraction.h"
+
+#include "V1/editing/EdgeScroll.h"
+#include "V1/editing/KRPDFView.h"
+#include "V1/stamps/KRPDFPage.h"
+
+#include <QScrollBar>
+
+#include <chrono>
+#include <cmath>
+#include <utility>
+
+using namespace inkory;
+
+namespace
+{
+
+constexpr std::chrono::milliseconds scrollInterval{16};
+
+} // namespace
+
+PointerInteraction::PointerInteraction(KRPDFView &view, OverlayTracking &overlays) : m_view(view), m_overlays(overlays)
+{
+    m_scrollTimer.setInterval(scrollInterval);
+    QObject::connect(&m_scrollTimer, &QTimer::timeout, &m_scrollTimer, [this] { scrollAtEdge(); });
+    // The timer is also the context of these connections: they end with it.
+    QObject::connect(&view, &PDFView::contentViewBoundsChanged, &m_scrollTimer, [this] { followPages(); });
+    QObject::connect(&view, &PDFView::scaleFactorWillChange, &m_scrollTimer, [this] { m_isZooming = true; });
+    QObject::connect(&view, &PDFView::scaleFactorChanged, &m_scrollTimer, [this] {
+        m_isZooming = false;
+        followPages();
+    });
+}
+
+bool PointerInteraction::isHolding() const
+{
+    return m_press && m_press->mouseDownInStampView && !m_press->isOver && m_view.selectedStampView();
+}
+
+PointerInteraction::Claim PointerInteraction::press(const ViewPoint &point)
+{
+    finish(); // in case the last release got lost
+    m_press.reset();
+    m_overlays.hideHighlight();
+    Press press;
+    press.start = point;
+    press.lastDragLocation = point;
+    std::shared_ptr<KRStamp> hit = m_view.stampViewForPoint(point);
+    const ToolType tool = m_view.currentToolType();
+    const bool isKnownTool = tool >= ToolTypeSelect && tool <= ToolTypeTextStamp;
+    Claim claim = Claim::Claimed;
+    if (!hit && tool == ToolTypeImageStamp) { // does not ask for the toolbar
+        placeStamp(point);
+    } else if (hit || isKnownTool || m_overlays.toolbarRect().contains(point)) {
+        hit = grab(hit, press);
+        m_view.setSelectedStampView(hit);
+        if (hit) {
+            press.resizing = m_view.stampOverlayResizeRect().contains(point) && hit->stampType() != StampTypeText;
+            press.grip = m_view.convertPointToPage(point, hit->pdfPage());
+            press.before = hit->placement();
+        } else {
+            claim = Claim::HandedOn;
+        }
+    }
+    m_press = press;
+    return claim;
+}
+
+void PointerInteraction::placeStamp(const ViewPoint &point)
+{
+    if (m_view.getDocumentViewFrameInPDFViewCords().contains(point))
+        m_view.addImageStampView(point);
+}
+
+// Which stamp the press takes: the one under it, or the selected one by its overlay or by the toolbar's background.
+std::shared_ptr<KRStamp> PointerInteraction::grab(std::shared_ptr<KRStamp> hit, Press &press)
+{
+    KRStamp *selected = m_view.selectedStampView();
+    if (!selected || selected->stampMode() != StampModeEditing) {
+        if (!hit && selected && m_overlays.selectionRect().contains(press.start))
+            hit = selected->shared_from_this();
+        press.mouseDownInStampView = hit != nullptr;
+    }
+    if (!press.mouseDownInStampView && selected && m_overlays.isToolbarShown() &&
+        m_overlays.toolbarRect().contains(press.start)) {
+        press.mouseDownInStampView = true;
+        selected->setStampMode(StampModeNormal);
+        hit = selected->shared_from_this();
+        m_view.setFocus();
+    }
+    return hit;
+}
+
+PointerInteraction::Claim PointerInteraction::drag(const ViewPoint &point, Qt::KeyboardModifiers modifiers)
+{
+    if (!m_press || !m_press->mouseDownInStampView)
+        return Claim::HandedOn;
+    if (m_press->isOver)
+        return Claim::Claimed;
+    const KRStamp *stamp = m_view.selectedStampView();
+    if (!stamp || stamp->stampMode() == StampModeEditing)
+        return Claim::HandedOn;
+    m_press->modifiers = modifiers;
+    dragTo(point);
+    if (edgeStep().isNull())
+        m_scrollTimer.stop();
+    else if (!m_scrollTimer.isActive())
+        m_scrollTimer.start();
+    return Claim::Claimed;
+}
+
+void PointerInteraction::dragTo(const ViewPoint &point)
+{
+    KRStamp &stamp = *m_view.selectedStampView();
+    m_view.setNeedsDisplayInRect(m_view.stampRect(stamp));
+    stamp.setStampMode(StampModeDragging);
+    const PointerStep step{m_press->lastDragLocation, point};
+    if (m_press->resizing) {
+        m_view.updateCurrentCursor(point);
+        resizeStep(stamp, step);
+    } else {
+        moveStep(stamp, step);
+    }
+    m_press->lastDragLocation = point;
+    m_press->grip = m_view.convertPointToPage(point, stamp.pdfPage());
+    m_view.updateStampViewOverlay();
+    m_view.setNeedsDisplayInRect(m_view.stampRect(stamp));
+}
+
+void PointerInteraction::resizeStep(KRStamp &stamp, const PointerStep &step)
+{
+    const bool isFree = m_press->modifiers.testFlag(Qt::ShiftModifier);
+    stamp.setFrame(
+        resizedFrame(stamp.frame(), pageInView(stamp.pdfPage()), step, isFree ? Proportions::Free : Proportions::Kept));
+}
+
+void PointerInteraction::moveStep(KRStamp &stamp, const PointerStep &step)
+{
+    auto *page = dynamic_cast<KRPDFPage *>(m_view.pageForPoint(step.to, PageSearch::Nearest));
+    if (!page)
+        return;
+    if (page != stamp.pdfPage())
+        moveToPage(stamp, *page);
+    stamp.setFrame(movedFrame(stamp.frame(), pageInView(page), step));
+}
+
+void PointerInteraction::moveToPage(KRStamp &stamp, KRPDFPage &page)
+{
+    const PageInView from = pageInView(stamp.pdfPage());
+    const PageInView to = pageInView(&page);
+    if (isOddTurn(from.rotation, to.rotation))
+        stamp.rotateFrame();
+    const PageRect frame = frameOnOtherPage(stamp.frame(), from, to);
+    m_view.annotationsChangedOnPage(&page);
+    m_view.annotationsChangedOnPage(stamp.pdfPage());
+    stamp.setPdfPage(&page);
+    stamp.setFrame(frame);
+}
+
+void PointerInteraction::release()
+{
+    finish();
+    m_press.reset();
+}
+
+void PointerInteraction::finish()
+{
+    if (!m_press || m_press->isOver)
+        return;
+    settle();
+    m_press->isOver = true;
+}
+
+void PointerInteraction::settle()
+{
+    m_scrollTimer.stop();
+    const bool wasResizing = std::exchange(m_press->resizing, false);
+    KRStamp *stamp = m_view.selectedStampView();
+    if (!stamp)
+        return;
+    if (wasResizing || stamp->stampMode() == StampModeDragging) {
+        stamp->setStampMode(StampModeSelected);
+        m_view.annotationsChangedOnPage(stamp->pdfPage());
+        m_overlays.setArrowCursor();
+    }
+    m_view.forceBoundsForSelectedStampView();
+    m_view.setNeedsDisplayInRect(m_view.stampRect(*stamp));
+    stamp->trackFrameAndPageChanges();
+}
+
+void PointerInteraction::cancel()
+{
+    if (!isHolding())
+        return;
+    m_scrollTimer.stop();
+    m_press->isOver = true;
+    m_press->resizing = false;
+    KRStamp &stamp = *m_view.selectedStampView();
+    m_view.annotationsChangedOnPage(stamp.pdfPage());
+    stamp.restorePlacement(m_press->before);
+    stamp.setStampMode(StampModeSelected);
+    m_view.annotationsChangedOnPage(stamp.pdfPage());
+    m_overlays.setArrowCursor();
+    m_view.updateStampViewOverlay();
+}
+
+QPoint PointerInteraction::edgeStep() const
+{
+    return edgeScrollStep(m_view.visibleRect(), m_press->start, m_press->lastDragLocation);
+}
+
+void PointerInteraction::scrollAtEdge()
+{
+    if (!isHolding()) {
+        m_scrollTimer.stop();
+        return;
+    }
+    const QPoint step = edgeStep();
+    const auto scroll = [](QScrollBar *bar, int pixels) {
+        const int before = bar->value();
+        bar->setValue(before + pixels);
+        return bar->value() != before;
+    };
+    const bool scrolledAcross = scroll(m_view.horizontalScrollBar(), step.x());
+    const bool scrolledAlong = scroll(m_view.verticalScrollBar(), step.y());
+    if (!scrolledAcross && !scrolledAlong)
+        m_scrollTimer.stop();
+}
+
+// The pages moved under the pointer, by whatever means: what is held stays under it.
+void PointerInteraction::followPages()
+{
+    if (!isHolding() || m_isZooming)
+        return;
+    const ViewPoint pointer = m_press->lastDragLocation;
+    const ViewPoint grip = m_view.convertPointFromPage(m_press->grip, m_view.selectedStampView()->pdfPage());
+    constexpr double leastMovement = 0.5; // pages move by whole pixels; the rest is rounding
+    if (std::abs(grip.x - pointer.x) < leastMovement && std::abs(grip.y - pointer.y) < leastMovement)
+        return;
+    m_press->lastDragLocation = grip;
+    dragTo(pointer);
+}
+
+PageInView PointerInteraction::pageInView(const KRPDFPage *page) const
+{
+    const KRPDFView &view = m_view;
+    return {page ? page->rotation() : 0,
+            [&view, page](const PageRect &rect) { return view.convertRectFromPage(rect, page); },
+            [&view, page](const ViewRect &rect) { return view.convertRectToPage(rect, page); },
+            [&view, page](const ViewPoint &point) { return view.convertPointToPage(point, page); }};
+}

@@ -1,0 +1,268 @@
+#include "V1/editing/GestureFixture.h"
+
+#include <QShortcut>
+
+#include <algorithm>
+#include <array>
+#include <cmath>
+#include <map>
+#include <random>
+#include <set>
+
+using namespace inkory;
+using namespace inkory::test;
+
+namespace
+{
+
+/// Where everything is.
+struct State
+{
+    struct Place
+    {
+        const KRPDFPage *page = nullptr;
+        PageRect frame;
+    };
+    std::map<const KRStamp *, Place> stamps;
+    std::vector<std::pair<const PDFPage *, int>> pages; // in order, with their rotations
+};
+
+class RandomGestures : public GestureFixture
+{
+protected:
+    int random(int low, int high) { return std::uniform_int_distribution(low, high)(generator); }
+    bool chance(int percent) { return random(1, 100) <= percent; }
+
+    State state() const
+    {
+        State found;
+        for (const auto &stamp : view->stampViews())
+            found.stamps[stamp.get()] = {stamp->pdfPage(), stamp->frame()};
+        for (int i = 0; i < document.pageCount(); ++i)
+            found.pages.emplace_back(document.pageAtIndex(i), document.pageAtIndex(i)->rotation());
+        return found;
+    }
+
+    void begin(unsigned seed)
+    {
+        generator.seed(seed);
+        view->setScaleFactor(0.6);
+        view->setCurrentToolType(ToolTypeSelect);
+        for (int i = 0; i < 3; ++i)
+            addStamp(i, {60.0 + 30 * i, 70, 100, 40});
+        nudged.clear();
+        turned.clear();
+    }
+
+    void end()
+    {
+        while (!view->stampViews().empty())
+            view->deleteStampView(view->stampViews()[0]);
+        QCoreApplication::processEvents();
+        undoManager.removeAllSteps();
+    }
+
+    // The window is larger than the view: drags leave the view, but not the window.
+    QPoint pointIn(QRect area) { return {random(area.left(), area.right()), random(area.top(), area.bottom())}; }
+
+    void randomPress()
+    {
+        const QRect area = view->viewport()->rect();
+        QPoint at = pointIn(area);
+        const auto &stamps = view->stampViews();
+        if (!stamps.empty() && chance(85)) {
+            const KRStamp &stamp = *stamps[static_cast<std::size_t>(random(0, static_cast<int>(stamps.size()) - 1))];
+            at = chance(70) ? leftEndOf(stamp) : middleOf(stamp);
+            if (view->selectedStampView() && chance(30))
+                at = chance(70) ? handle() : view->stampViewToolbar()->mapTo(&window, QPoint(1, 12));
+        }
+        press(QPoint(std::clamp(at.x(), 0, area.right()), std::clamp(at.y(), 0, area.bottom())));
+        isHeld = true;
+        const QWidget *under = window.childAt(position);
+        isGesture = !qobject_cast<const QAbstractButton *>(under); // a click on a button turns the stamp
+        trackedAtPress = trackedFrame();
+    }
+
+    void randomMove()
+    {
+        const QRect area = window.rect();
+        const QPoint to = chance(50) ? position + QPoint(random(-30, 30), random(-30, 30)) : pointIn(area);
+        const QPoint inside(std::clamp(to.x(), 0, area.right()), std::clamp(to.y(), 0, area.bottom()));
+        moveBy(inside - position, chance(30) ? Qt::ShiftModifier : Qt::NoModifier);
+    }
+
+    PageRect trackedFrame() const
+    {
+        return view->selectedStampView() ? view->selectedStampView()->placement().lastFrame : PageRect{};
+    }
+
+    void letGo()
+    {
+        if (isHeld && isGesture && !isCancelled && trackedFrame() != trackedAtPress)
+            turned.insert(view->selectedStampView());
+        release();
+        if (std::exchange(isHeld, false) && isGesture && !isCancelled)
+            expectSelectedOnItsPage();
+    }
+
+    void randomKey()
+    {
+        static constexpr std::array keys{Qt::Key_Up, Qt::Key_Down, Qt::Key_Left, Qt::Key_Right};
+        const KRStamp *selected = view->selectedStampView();
+        const PageRect before = selected ? selected->frame() : PageRect{};
+        const int choice = random(0, 9);
+        if (choice < 4) {
+            key(keys[static_cast<std::size_t>(choice)], chance(40) ? Qt::ShiftModifier : Qt::NoModifier);
+            if (selected && selected->frame() != before)
+                nudged.insert(selected);
+            if (!isHeld)
+                expectSelectedOnItsPage();
+        } else if (choice == 4) {
+            key(Qt::Key_Delete);
+        } else if (choice < 7) {
+            isCancelled = true;
+            key(Qt::Key_Escape);
+        } else {
+            key(choice == 9 ? Qt::Key_Y : Qt::Key_Z, Qt::ControlModifier);
+        }
+    }
+
+    void changeView()
+    {
+        switch (random(0, 4)) {
+        case 0:
+            view->setScaleFactor(random(20, 120) / 100.0);
+            break;
+        case 1:
+            view->verticalScrollBar()->setValue(view->verticalScrollBar()->value() + random(-200, 200));
+            break;
+        case 2:
+        case 3:
+            view->rotateCurrentPageByAngle(chance(50) ? 90 : -90);
+            break;
+        default:
+            view->flipDocument();
+        }
+    }
+
+    void placeStamp()
+    {
+        useImageTool();
+        click(pointIn(view->viewport()->rect()));
+        view->setCurrentToolType(ToolTypeSelect);
+    }
+
+    void step()
+    {
+        const int choice = random(0, 99);
+        if (!isHeld)
+            isCancelled = false;
+        if (choice < 50)
+            isHeld ? randomMove() : randomPress();
+        else if (choice < 65)
+            isHeld ? letGo() : randomPress();
+        else if (choice < 85)
+            randomKey();
+        else if (choice < 97 || isHeld)
+            changeView();
+        else
+            placeStamp();
+        expectInvariants();
+    }
+
+    void expectSelectedOnItsPage() const
+    {
+        const KRStamp *stamp = view->selectedStampView();
+        if (!stamp)
+            return;
+        const PageRect box = stamp->pdfPage()->boundsForBox(DisplayBox::MediaBox);
+        const PagePoint center = stamp->frame().center();
+        EXPECT_TRUE(center.x >= -1e-9 && center.x <= box.maxX() + 1e-9) << center.x;
+        EXPECT_TRUE(center.y >= -1e-9 && center.y <= box.maxY() + 1e-9) << center.y;
+    }
+
+    void expectInvariants() const
+    {
+        std::size_t onPages = 0;
+        for (int i = 0; i < document.pageCount(); ++i) {
+            onPages += page(i).stamps().size();
+            for (const auto &stamp : page(i).stamps())
+                EXPECT_EQ(stamp->pdfPage(), &page(i));
+        }
+        EXPECT_EQ(onPages, view->stampViews().size());
+        for (const auto &stamp : view->stampViews()) {
+            const auto &listed = stamp->pdfPage()->stamps();
+            EXPECT_EQ(std::count(listed.begin(), listed.end(), stamp), 1);
+            const bool isSelected = stamp.get() == view->selectedStampView();
+            EXPECT_TRUE(isSelected || stamp->stampMode() == StampModeNormal);
+            EXPECT_TRUE(stamp->stampMode() != StampModeDragging || isHeld);
+        }
+        if (view->selectedStampView()) {
+            EXPECT_EQ(view->selectedStampView(), view->stampViews()[0].get());
+        }
+    }
+
+    static void expectSame(const State &found, const State &wanted, const std::set<const KRStamp *> &exceptFrames)
+    {
+        EXPECT_EQ(found.pages, wanted.pages);
+        EXPECT_EQ(found.stamps.size(), wanted.stamps.size());
+        for (const auto &[stamp, place] : wanted.stamps) {
+            const auto other = found.stamps.find(stamp);
+            ASSERT_NE(other, found.stamps.end());
+            if (exceptFrames.contains(stamp))
+                continue;
+            EXPECT_EQ(other->second.page, place.page);
+            const auto &[x, y, w, h] = place.frame;
+            const PageRect frame = other->second.frame;
+            EXPECT_LT(std::max({std::abs(frame.x - x), std::abs(frame.y - y), std::abs(frame.width - w),
+                                std::abs(frame.height - h)}),
+                      1e-6);
+        }
+    }
+
+    std::mt19937 generator;
+    bool isHeld = false;
+    bool isGesture = false;
+    bool isCancelled = false; // Escape was pressed since the press
+    std::set<const KRStamp *> nudged;
+    std::set<const KRStamp *> turned; // by a drag onto a page of another orientation
+    PageRect trackedAtPress;
+};
+
+// Two things are never undone exactly: a nudge, which has no step of its own, and a drag between pages whose rotations
+// differ by an odd number of quarter turns, after which the frame comes back as it was turned.
+TEST_F(RandomGestures, KeepEveryRuleAndAreUndoneAndRedone)
+{
+    openTurnedPages("0 0 300 200");
+    window.resize(900, 700);
+    view->viewport()->setUpdatesEnabled(false); // painting is not what this is about
+    ASSERT_TRUE(QTest::qWaitForWindowActive(&window));
+    const QShortcut undoKey(QKeySequence(QStringLiteral("Ctrl+Z")), &window, [this] { undoManager.undo(); });
+    const QShortcut redoKey(QKeySequence(QStringLiteral("Ctrl+Y")), &window, [this] { undoManager.redo(); });
+    for (unsigned seed = 1; seed <= 1000 && !HasFailure(); ++seed) {
+        SCOPED_TRACE(seed);
+        begin(seed);
+        const State first = state();
+        for (int i = 0; i < 15 && !HasFailure(); ++i)
+            step();
+        letGo();
+        QCoreApplication::processEvents();
+        while (undoManager.canRedo())
+            undoManager.redo();
+        const State last = state();
+        while (undoManager.canUndo())
+            undoManager.undo();
+        expectInvariants();
+        std::set<const KRStamp *> inexact = turned;
+        inexact.insert(nudged.begin(), nudged.end());
+        expectSame(state(), first, inexact);
+        while (undoManager.canRedo())
+            undoManager.redo();
+        expectSame(state(), last, nudged);
+        while (undoManager.canUndo())
+            undoManager.undo();
+        end();
+    }
+}
+
+} // namespace
