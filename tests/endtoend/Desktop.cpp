@@ -2,6 +2,7 @@
 
 #include "support/Tools.h"
 
+#include <QCursor>
 #include <QGuiApplication>
 #include <QPixmap>
 #include <QScreen>
@@ -26,6 +27,15 @@ bool waitFor(const std::function<bool()> &condition)
 ToolOutcome xdotool(const QStringList &arguments)
 {
     return runTool(QStringLiteral("xdotool"), arguments);
+}
+
+void movePointer(const QPoint &position)
+{
+    if (QCursor::pos() != position) { // xdotool would wait for a movement
+        xdotool({QStringLiteral("mousemove"), QStringLiteral("--sync"), QString::number(position.x()),
+                 QString::number(position.y())});
+    }
+    QTest::qWait(settleMilliseconds);
 }
 
 QByteArray windowTitled(const QString &title)
@@ -72,10 +82,18 @@ void Desktop::press(const QString &key)
 
 void Desktop::click(const QPoint &position)
 {
-    xdotool({QStringLiteral("mousemove"), QStringLiteral("--sync"), QString::number(position.x()),
-             QString::number(position.y())});
-    QTest::qWait(settleMilliseconds);
+    movePointer(position);
     xdotool({QStringLiteral("click"), QStringLiteral("1")});
+    QTest::qWait(settleMilliseconds);
+}
+
+void Desktop::drag(const QPoint &from, const QPoint &to)
+{
+    movePointer(from);
+    xdotool({QStringLiteral("mousedown"), QStringLiteral("1")});
+    movePointer((from + to) / 2);
+    movePointer(to);
+    xdotool({QStringLiteral("mouseup"), QStringLiteral("1")});
     QTest::qWait(settleMilliseconds);
 }
 

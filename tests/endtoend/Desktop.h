@@ -31,6 +31,8 @@ public:
     void press(const QString &key);
     /// A click with the left button at a place on the screen.
     void click(const QPoint &position);
+    /// The left button goes down at one place and up at another.
+    void drag(const QPoint &from, const QPoint &to);
     /// Waits until the program has ended by itself; its exit status, or -1.
     int waitForEnd();
     /// What the program printed.

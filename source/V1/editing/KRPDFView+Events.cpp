@@ -17,6 +17,35 @@ namespace
 
 constexpr float longNudge = 10; // page units, with Shift
 
+// What a key does to the selected stamp; false where it does nothing.
+bool handleStampKey(KRPDFView &view, const QKeyEvent &event)
+{
+    const PhysicalKey key = physicalKey(event);
+    if (key == PhysicalKey::Backspace || key == PhysicalKey::ForwardDelete) {
+        view.deleteSelectedStampView();
+        return true;
+    }
+    if (event.modifiers() & (Qt::ControlModifier | Qt::AltModifier | Qt::MetaModifier))
+        return false;
+    const float units = event.modifiers().testFlag(Qt::ShiftModifier) ? longNudge : 1;
+    switch (key) {
+    case PhysicalKey::Up:
+        view.moveUp(units);
+        return true;
+    case PhysicalKey::Down:
+        view.moveDown(units);
+        return true;
+    case PhysicalKey::Left:
+        view.moveLeft(units);
+        return true;
+    case PhysicalKey::Right:
+        view.moveRight(units);
+        return true;
+    default:
+        return false;
+    }
+}
+
 } // namespace
 
 void KRPDFView::mouseDoubleClickEvent(QMouseEvent *event)
@@ -103,36 +132,8 @@ void KRPDFView::keyPressEvent(QKeyEvent *event)
         if (physicalKey(*event) == PhysicalKey::Escape)
             m_interaction.cancel();
         event->accept();
-    } else if (!m_selectedStampView || !handleStampKey(*event)) {
+    } else if (!m_selectedStampView || !handleStampKey(*this, *event)) {
         PDFView::keyPressEvent(event);
-    }
-}
-
-bool KRPDFView::handleStampKey(const QKeyEvent &event)
-{
-    const PhysicalKey key = physicalKey(event);
-    if (key == PhysicalKey::Backspace || key == PhysicalKey::ForwardDelete) {
-        deleteSelectedStampView();
-        return true;
-    }
-    if (event.modifiers() & (Qt::ControlModifier | Qt::AltModifier | Qt::MetaModifier))
-        return false;
-    const float units = event.modifiers().testFlag(Qt::ShiftModifier) ? longNudge : 1;
-    switch (key) {
-    case PhysicalKey::Up:
-        moveUp(units);
-        return true;
-    case PhysicalKey::Down:
-        moveDown(units);
-        return true;
-    case PhysicalKey::Left:
-        moveLeft(units);
-        return true;
-    case PhysicalKey::Right:
-        moveRight(units);
-        return true;
-    default:
-        return false;
     }
 }
 

@@ -131,7 +131,6 @@ protected:
     void keyPressEvent(QKeyEvent *event) override;
 
 private:
-    bool handleStampKey(const QKeyEvent &event);
     /// Undo of a page's turning: {"page", "angle" in degrees}.
     void rotateCurrentPageByAngleObject(const QVariantMap &step);
     void rotatePageByAngle(inkory::PDFPage &page, double angle);

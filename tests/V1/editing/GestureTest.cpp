@@ -31,12 +31,6 @@ TEST_F(GestureFixture, AStampFollowsThePointerAndItsMoveIsOneStep)
     EXPECT_FALSE(undoManager.canUndo());
     undoManager.redo();
     EXPECT_EQ(stamp.frame(), (PageRect{110, 575, 100, 40}));
-
-    press(middleOf(stamp)); // far out of the view, whose left edge is over the page
-    view->setScaleFactor(2);
-    moveBy({-5000, 0});
-    release();
-    EXPECT_EQ(stamp.frame().center().x, 0);
 }
 
 TEST_F(GestureFixture, TheHandleResizesInProportionOrFreely)
@@ -101,23 +95,6 @@ TEST_F(GestureFixture, AStampGoesOntoATurnedPageAndKeepsItsLookThere)
     undoManager.redo();
     EXPECT_EQ(stamp.pdfPage(), &page(1));
     EXPECT_EQ(stamp.frame(), there);
-}
-
-TEST_F(GestureFixture, OntoAHalfTurnedPageTheFrameKeepsItsShapeAndUndoRestoresIt)
-{
-    openTurnedPages();
-    view->setScaleFactor(0.2);
-    KRStamp &stamp = addStamp(0, start);
-    press(leftEndOf(stamp));
-    moveBy({0, view->mapFrom(&window, windowPoint(2, {306, 396})).y() - position.y()}); // over page 2 without a stop
-    release();
-    EXPECT_EQ(stamp.pdfPage(), &page(2));
-    EXPECT_NEAR(stamp.frame().width, 100, 1e-9);
-    EXPECT_NEAR(stamp.frame().height, 40, 1e-9);
-    QCoreApplication::processEvents();
-    undoManager.undo();
-    EXPECT_EQ(stamp.frame(), start);
-    EXPECT_EQ(stamp.pdfPage(), &page(0));
 }
 
 TEST_F(GestureFixture, EscapeTakesAGestureBackAndTheRestOfThePressIsIgnored)
@@ -358,10 +335,6 @@ TEST_P(Nudges, GoByScreenDirectionsAndJoinTheNextStep)
     QCoreApplication::processEvents();
     undoManager.undo();
     EXPECT_EQ(stamp.frame(), start);
-    for (int i = 0; i < 100; ++i)
-        key(Qt::Key_Right, Qt::ShiftModifier);
-    const PagePoint center = stamp.frame().center();
-    EXPECT_TRUE(center.x == 0 || center.x == 612 || center.y == 0 || center.y == 792) << center.x << " " << center.y;
 }
 
 INSTANTIATE_TEST_SUITE_P(Pages, Nudges,
