@@ -1,8 +1,10 @@
-// The page commands of the editing view: zoom to fit, turning a page, turning the whole document.
+// The page commands of the editing view: zoom to fit, turning a page, turning the whole document, printing.
 
 #include "V1/editing/KRPDFView.h"
 
 #include "platform/pdf/PDFDocument.h"
+#include "platform/pdf/PrintOperation.h"
+#include "platform/widgets/PrintJob.h"
 
 #include <algorithm>
 #include <cmath>
@@ -102,4 +104,20 @@ void KRPDFView::flipDocument()
     layoutDocumentView();
     registerUndo(QStringLiteral("flipDocument"), {}, "Rotate Document");
     updateStampViewOverlay();
+}
+
+void KRPDFView::printDocument()
+{
+    printWithInfo(sharedPrintInfo(), AutoRotate::Yes);
+}
+
+void KRPDFView::printWithInfo(const PrintInfo &info, AutoRotate autoRotate)
+{
+    printWithInfo(info, autoRotate, info.scaling);
+}
+
+void KRPDFView::printWithInfo(const PrintInfo &info, AutoRotate autoRotate, PageScaling pageScaling)
+{
+    if (document() && document()->state() == PDFDocument::State::Open)
+        runPrintOperation(*this, document()->printOperationForPrintInfo(info, pageScaling, autoRotate));
 }

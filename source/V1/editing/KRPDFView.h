@@ -8,6 +8,7 @@
 #include "platform/core/Image.h"
 #include "platform/core/NotificationCenter.h"
 #include "platform/core/UndoManager.h"
+#include "platform/pdf/PrintInfo.h"
 #include "platform/widgets/PDFView.h"
 
 #include <QAbstractButton>
@@ -100,6 +101,11 @@ public:
     void rotateCurrentPageByAngle(double angle);
     /// Turns every page by 180 degrees and reverses their order, with undo; is its own opposite.
     void flipDocument();
+    /// Asks how, and prints the document, with the shared print settings.
+    Q_INVOKABLE void printDocument();
+    /// The same with other settings. Nothing without an open document.
+    void printWithInfo(const inkory::PrintInfo &info, inkory::AutoRotate autoRotate);
+    void printWithInfo(const inkory::PrintInfo &info, inkory::AutoRotate autoRotate, inkory::PageScaling pageScaling);
 
     void updateStampViewOverlay() { m_overlays.updateStampViewOverlay(); }
     void updateHighlightOverlay(const inkory::ViewPoint &point) { m_overlays.updateHighlightOverlay(point); }

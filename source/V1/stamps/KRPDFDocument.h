@@ -14,7 +14,13 @@ public:
     /// to the object it was.
     void insertPage(std::unique_ptr<inkory::PDFPage> page, int index) override;
 
+    bool pageHasOverlay(const inkory::PDFPage &page) const override;
+
+    /// Its panel also offers paper size, orientation, scaling and page set-up.
+    std::unique_ptr<inkory::PrintOperation> printOperationForPrintInfo(const inkory::PrintInfo &info,
+                                                                       inkory::PageScaling scalingMode,
+                                                                       inkory::AutoRotate autoRotate) override;
+
 protected:
     std::unique_ptr<inkory::PDFPage> makePage(const inkory::PageGeometry &geometry, int sourceIndex) const override;
-    bool pageHasOverlay(const inkory::PDFPage &page) const override;
 };

@@ -5,6 +5,7 @@
 #include "platform/pdf/DocumentWriter.h"
 #include "platform/pdf/EngineProcess.h"
 #include "platform/pdf/OverlayRecorder.h"
+#include "platform/pdf/PrintOperation.h"
 #include "platform/pdf/ProblemSentences.h"
 
 #include <QCoreApplication>
@@ -164,6 +165,15 @@ std::unique_ptr<PDFPage> PDFDocument::makePage(const PageGeometry &geometry, int
 bool PDFDocument::pageHasOverlay(const PDFPage &) const
 {
     return false;
+}
+
+std::unique_ptr<PrintOperation> PDFDocument::printOperationForPrintInfo(const PrintInfo &info, PageScaling scalingMode,
+                                                                        AutoRotate autoRotate)
+{
+    PrintInfo changed = info;
+    changed.scaling = scalingMode;
+    changed.autoRotate = autoRotate;
+    return std::make_unique<PrintOperation>(*this, changed);
 }
 
 void PDFDocument::openSource()

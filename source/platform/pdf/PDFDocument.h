@@ -4,6 +4,7 @@
 #include "platform/core/SecretBytes.h"
 #include "platform/pdf/PDFPage.h"
 #include "platform/pdf/PageSource.h"
+#include "platform/pdf/PrintInfo.h"
 
 #include <QByteArray>
 #include <QObject>
@@ -18,6 +19,7 @@ namespace inkory
 {
 
 class DocumentFile;
+class PrintOperation;
 struct Survey;
 struct SurveyOutcome;
 
@@ -67,6 +69,13 @@ public:
     /// Views are to be laid out anew by whoever has finished reordering.
     void exchangePages(int firstIndex, int secondIndex);
 
+    /// Whether the page draws something over its content, so that it needs an overlay in a saved file.
+    virtual bool pageHasOverlay(const PDFPage &page) const;
+
+    /// Prints this document so, with this scaling and rotation instead of the information's own, once it is started.
+    virtual std::unique_ptr<PrintOperation> printOperationForPrintInfo(const PrintInfo &info, PageScaling scalingMode,
+                                                                       AutoRotate autoRotate);
+
     /// Draws pages of this document; none until the file is being opened.
     PageSource *pageSource() const { return m_pageSource.get(); }
 
@@ -89,8 +98,6 @@ Q_SIGNALS:
 protected:
     /// Makes a page object of the class that this document's pages have.
     virtual std::unique_ptr<PDFPage> makePage(const PageGeometry &geometry, int sourceIndex) const;
-    /// Whether the page draws something over its content, so that it needs an overlay in a saved file.
-    virtual bool pageHasOverlay(const PDFPage &page) const;
 
 private:
     void numberPages();

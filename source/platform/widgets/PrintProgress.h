@@ -1,0 +1,39 @@
+#pragma once
+
+#include <QDialog>
+
+class QLabel;
+class QProgressBar;
+class QPushButton;
+
+namespace inkory
+{
+
+/// Tells over a window which page is being printed, and lets the person cancel. QProgressDialog runs the event loop
+/// each time when it is told about progress. Meanwhile its window takes no input, so that what is printed does not
+/// change.
+class PrintProgress : public QDialog
+{
+    Q_OBJECT
+
+public:
+    explicit PrintProgress(QWidget *parent);
+
+    /// The sheet's number (from 1), how many there are, and the number of the page on it.
+    void showSheet(int sheet, int sheetCount, int page);
+    /// From now on it is too late to cancel.
+    void showSending();
+
+Q_SIGNALS:
+    void cancelled();
+
+protected:
+    void reject() override;
+
+private:
+    QLabel *m_label;
+    QProgressBar *m_bar;
+    QPushButton *m_cancel = nullptr;
+};
+
+} // namespace inkory
