@@ -24,6 +24,8 @@ constexpr int padding = 10;
 // How long the pictures wait for the first page at most.
 constexpr int patienceMilliseconds = 500;
 constexpr double markSize = 20;
+constexpr double stampedMarkRadius = 4.5;
+constexpr double stampedMarkInset = 9;
 const QColor markColor(0x80, 0x80, 0x80); // the page is white in every theme
 constexpr float quietTextShare = 0.65F;
 
@@ -46,21 +48,32 @@ void drawWaitingMark(QPainter &painter, const QRectF &page)
         painter.drawPoint(page.center() + QPointF(dot * distance, 0));
 }
 
+// In the page's upper right corner, with a white ring, so that it is seen on any page and in any theme.
+void drawStampedMark(QPainter &painter, const QRectF &page, const QColor &color)
+{
+    painter.setPen(QPen(Qt::white, 2));
+    painter.setBrush(color);
+    painter.drawEllipse(page.topRight() + QPointF(-stampedMarkInset, stampedMarkInset), stampedMarkRadius,
+                        stampedMarkRadius);
+}
+
 } // namespace
 
 /// One row for each page, without data but for what a screen reader says.
 class PDFThumbnailView::Model : public QAbstractListModel
 {
 public:
-    using QAbstractListModel::QAbstractListModel;
+    explicit Model(PDFThumbnailView *view) : QAbstractListModel(view), m_thumbnails(view) {}
 
     int rowCount(const QModelIndex &parent) const override { return parent.isValid() ? 0 : m_pageCount; }
 
     QVariant data(const QModelIndex &index, int role) const override
     {
-        if (role == Qt::AccessibleTextRole && index.isValid())
-            return PDFThumbnailView::tr("Page %1").arg(index.row() + 1);
-        return {};
+        if (role != Qt::AccessibleTextRole || !index.isValid())
+            return {};
+        const QString text = m_thumbnails->isStamped(index.row()) ? PDFThumbnailView::tr("Page %1, stamped")
+                                                                  : PDFThumbnailView::tr("Page %1");
+        return text.arg(index.row() + 1);
     }
 
     void setPageCount(int count)
@@ -73,6 +86,7 @@ public:
     }
 
 private:
+    PDFThumbnailView *m_thumbnails;
     int m_pageCount = 0;
 };
 
@@ -124,7 +138,7 @@ void PDFThumbnailView::setPDFView(PDFView *view)
     m_view = view;
     if (view) {
         connect(view, &PDFView::currentPageChanged, this, &PDFThumbnailView::showCurrentPage);
-        connect(view, &PDFView::pageAppearanceChanged, this, &PDFThumbnailView::reload);
+        connect(view, &PDFView::pageAppearanceChanged, this, &PDFThumbnailView::noteAppearance);
         connect(view, &PDFView::contentCompleted, this, &PDFThumbnailView::startRequests);
         connect(view, &PDFView::pageDrawnAgain, this, [this](const PDFPage *page) {
             m_images.retry(*page);
@@ -149,6 +163,8 @@ void PDFThumbnailView::keyPressEvent(QKeyEvent *event)
                         !(event->modifiers() & (Qt::ControlModifier | Qt::AltModifier));
     if (isText)
         event->ignore(); // on to the window, where letters choose tools
+    else if (m_view && (event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter))
+        m_view->setFocus();
     else
         QListView::keyPressEvent(event);
 }
@@ -161,6 +177,25 @@ void PDFThumbnailView::reload()
     m_model->setPageCount(document ? document->pageCount() : 0);
     viewport()->update();
     showCurrentPage();
+}
+
+void PDFThumbnailView::noteAppearance(const PDFPage *page)
+{
+    if (!page) {
+        reload();
+        return;
+    }
+    const QModelIndex index = m_model->index(page->index(), 0);
+    if (index.isValid())
+        Q_EMIT m_model->dataChanged(index, index, {Qt::AccessibleTextRole});
+    viewport()->update(); // what is drawn over one page may have come from another one
+}
+
+bool PDFThumbnailView::isStamped(int pageIndex) const
+{
+    const PDFDocument *document = m_view ? m_view->document() : nullptr;
+    const PDFPage *page = document ? document->pageAtIndex(pageIndex) : nullptr;
+    return page && document->pageHasOverlay(*page);
 }
 
 void PDFThumbnailView::showCurrentPage()
@@ -181,6 +216,13 @@ void PDFThumbnailView::paintEvent(QPaintEvent *event)
         return;
     m_images.cancelStaleRequests();
     m_waitingPages.endFrame();
+}
+
+// Moving the pixels and painting only what is new would keep the requests of pages that left the view.
+void PDFThumbnailView::scrollContentsBy(int dx, int dy)
+{
+    QListView::scrollContentsBy(dx, dy);
+    viewport()->update();
 }
 
 void PDFThumbnailView::changeEvent(QEvent *event)
@@ -229,6 +271,8 @@ void PDFThumbnailView::paintThumbnail(QPainter &painter, const QRect &cell, PDFP
     painter.setPen(QPen(QColor(0, 0, 0, 70), 1));
     painter.setBrush(Qt::NoBrush);
     painter.drawRect(target.adjusted(-0.5, -0.5, 0.5, 0.5));
+    if (isStamped(page.index()))
+        drawStampedMark(painter, target, palette().color(QPalette::Highlight));
     QColor number = palette().color(QPalette::WindowText);
     number.setAlphaF(isCurrent ? 1 : quietTextShare); // some dark schemes leave PlaceholderText black
     painter.setPen(number);

@@ -13,8 +13,9 @@ namespace inkory
 class PDFView;
 class PDFPage;
 
-/// The pages of a PDFView's document as small pictures, the current one marked; a click goes to the page. Pictures are
-/// drawn in the background, only where they are visible.
+/// The pages of a PDFView's document as small pictures, the current one marked; a click and the arrow keys go to a
+/// page, Return hands the focus to the page view. Pictures are drawn in the background, only where they are visible. A
+/// dot marks pages that draw something over their content.
 class PDFThumbnailView : public QListView
 {
     Q_OBJECT
@@ -34,14 +35,17 @@ protected:
     void keyPressEvent(QKeyEvent *event) override;
     void paintEvent(QPaintEvent *event) override;
     void changeEvent(QEvent *event) override;
+    void scrollContentsBy(int dx, int dy) override;
 
 private:
     class Model;
     class Delegate;
 
     void reload();
+    void noteAppearance(const PDFPage *page);
     void startRequests();
     void showCurrentPage();
+    bool isStamped(int pageIndex) const;
     void paintThumbnail(QPainter &painter, const QRect &cell, PDFPage &page, bool isCurrent);
 
     QPointer<PDFView> m_view;
