@@ -267,13 +267,13 @@ void PageImageStore::dropFarthest()
         return std::make_tuple(!isShown(held), m_shown.distanceTo(held.pageIndex), m_frame - held.lastUse);
     };
     for (qint64 bytes = heldBytes(); bytes > maxBytesFor(m_priority);) {
-        const auto farthest = std::max_element(m_held.begin(), m_held.end(), [&](const auto &a, const auto &b) {
+        const auto last = std::max_element(m_held.begin(), m_held.end(), [&](const auto &a, const auto &b) {
             return rank(a.second) < rank(b.second);
         });
-        if (isShown(farthest->second))
+        if (isShown(last->second))
             return; // it would be asked for again at once
-        bytes -= bytesOf(farthest->second);
-        m_held.erase(farthest);
+        bytes -= bytesOf(last->second);
+        m_held.erase(last);
     }
 }
 
