@@ -1,42 +1,239 @@
-// What a person does with the pages of the view beyond looking at them: selecting text, following links, going back.
+// What a person reads in the view: text that is selected, what a search found, places gone to and come from.
 
-#include "platform/widgets/PDFView.h"
+#include "platform/widgets/PDFView+Reading.h"
+
+#include <QPainter>
+
+#include <algorithm>
+#include <cmath>
+#include <set>
+#include <utility>
 
 namespace inkory
 {
 
+namespace
+{
+
+// Pages are read when they stand still: not those that are only scrolled past.
+constexpr int fetchDelayMilliseconds = 60;
+// How many pages before and after the visible ones stay known.
+constexpr int pagesKeptAround = 4;
+constexpr int edgeScrollMilliseconds = 30;
+// How far a mark reaches beyond the view so that its edge is not seen there.
+constexpr int edgeOfMark = 4;
+
+QColor selectionColor(const QPalette &palette)
+{
+    constexpr int lightest = 150; // of 255: pages are white in every theme
+    constexpr int alpha = 90;
+    const QColor highlight = palette.color(QPalette::Active, QPalette::Highlight);
+    return QColor::fromHsl(std::max(0, highlight.hslHue()), highlight.hslSaturation(),
+                           std::min(highlight.lightness(), lightest), alpha);
+}
+
+// Edges on whole pixels: neighbours neither overlap nor leave a gap.
+QRect onPixels(const QRectF &rect)
+{
+    const QPoint corner(qRound(rect.left()), qRound(rect.top()));
+    return {corner,
+            QSize(std::max(1, qRound(rect.right()) - corner.x()), std::max(1, qRound(rect.bottom()) - corner.y()))};
+}
+
+bool areSame(const PDFView::Place &a, const PDFView::Place &b)
+{
+    constexpr double tolerance = 0.5; // points
+    return a.pageIndex == b.pageIndex && std::abs(a.corner.x - b.corner.x) < tolerance &&
+           std::abs(a.corner.y - b.corner.y) < tolerance;
+}
+
+} // namespace
+
+PDFView::Reading::Reading(const PDFView &view)
+    : texts([&view] { return view.m_document ? view.m_document->pageSource() : nullptr; }),
+      selecting(
+          texts,
+          [&view](int sourceIndex) {
+              const PDFPage *page = view.pageForSourceIndex(sourceIndex);
+              return page ? page->index() : -1;
+          },
+          [&view](int place) {
+              const PDFPage *page = view.m_document ? view.m_document->pageAtIndex(place) : nullptr;
+              return page ? page->sourceIndex() : -1;
+          })
+{
+    fetchTimer.setSingleShot(true);
+    fetchTimer.setInterval(fetchDelayMilliseconds);
+    edgeTimer.setInterval(edgeScrollMilliseconds);
+}
+
+void PDFView::setUpReading()
+{
+    m_reading = std::make_unique<Reading>(*this);
+    connect(&m_reading->fetchTimer, &QTimer::timeout, this, &PDFView::fetchTexts);
+    connect(&m_reading->edgeTimer, &QTimer::timeout, this, &PDFView::scrollWhileSelecting);
+    connect(&m_reading->selecting, &TextSelecting::changed, this, [this] {
+        viewport()->update();
+        Q_EMIT textSelectionChanged();
+    });
+    // A frame brings the pointer's shape up to date.
+    const auto nextFrame = [this] {
+        if (viewport()->underMouse())
+            viewport()->update();
+    };
+    connect(&m_reading->texts, &PageTexts::textArrived, this, nextFrame);
+    connect(&m_reading->texts, &PageTexts::linksArrived, this, nextFrame);
+    connect(this, &PDFView::pageAppearanceChanged, this, [this](const PDFPage *page) {
+        if (!page)
+            m_reading->selecting.fetchPages();
+    });
+    connect(this, &PDFView::contentViewBoundsChanged, this, [this] {
+        if (m_reading->press && m_reading->press->isSelecting)
+            selectTo(m_reading->press->last);
+    });
+}
+
+void PDFView::forgetReading()
+{
+    m_reading->press.reset();
+    m_reading->edgeTimer.stop();
+    m_reading->selecting.clear();
+    m_reading->texts.clear();
+    m_reading->marks = {};
+    m_reading->history = {};
+    m_reading->placesOfSources.clear();
+    Q_EMIT historyChanged();
+}
+
+void PDFView::paintReading(QPainter &painter, int pageIndex)
+{
+    const PDFPage &page = *m_document->pageAtIndex(pageIndex);
+    if (!m_reading->texts.geometry(page.sourceIndex()) && !m_reading->fetchTimer.isActive())
+        m_reading->fetchTimer.start();
+    const QTransform transform = widgetTransform(pageIndex);
+    const auto inWidget = [&](const QRectF &area) { return transform.mapRect(toQRectF(page.rectFromFileSpace(area))); };
+    const QRectF nearView(viewport()->rect().adjusted(-edgeOfMark, -edgeOfMark, edgeOfMark, edgeOfMark));
+    const QRectF clip = pageRectInWidget(pageIndex) & nearView;
+    m_reading->marks.paint(painter, page.sourceIndex(), clip, inWidget);
+    const QColor color = selectionColor(palette());
+    for (const QRectF &area : m_reading->selecting.areasOn(page.sourceIndex())) {
+        const QRectF place = inWidget(area) & clip;
+        if (!place.isEmpty())
+            painter.fillRect(onPixels(place), color);
+    }
+}
+
+void PDFView::fetchTexts()
+{
+    const std::vector<int> visible = visiblePages();
+    if (visible.empty())
+        return;
+    std::set<int> near;
+    for (int i = visible.front() - pagesKeptAround; i <= visible.back() + pagesKeptAround; ++i) {
+        if (const PDFPage *page = m_document->pageAtIndex(i))
+            near.insert(page->sourceIndex());
+    }
+    m_reading->texts.forgetAllBut(near, m_reading->selecting.pages());
+    for (const int i : visible) {
+        const int page = m_document->pageAtIndex(i)->sourceIndex();
+        m_reading->texts.fetch(page, PageTexts::Detail::Everything, DrawPriority::Ahead);
+    }
+}
+
 bool PDFView::hasTextSelection() const
 {
-    return false;
+    return m_reading->selecting.hasSelection();
 }
 
 QString PDFView::selectedText() const
 {
-    return {};
+    return m_reading->selecting.selectedText();
 }
 
-void PDFView::copySelection() {}
-void PDFView::selectAllText() {}
-void PDFView::clearTextSelection() {}
-void PDFView::setFindMarks(std::vector<FindHit>, int) {}
-void PDFView::followDestination(const PageDestination &) {}
+void PDFView::copySelection()
+{
+    m_reading->selecting.copy();
+}
+
+void PDFView::selectAllText()
+{
+    if (const PDFPage *page = currentPage())
+        m_reading->selecting.selectPage(page->sourceIndex());
+}
+
+void PDFView::clearTextSelection()
+{
+    m_reading->selecting.clear();
+}
+
+void PDFView::setFindMarks(std::vector<FindHit> marks, int current)
+{
+    m_reading->marks = FindMarks(std::move(marks), current);
+    viewport()->update();
+}
+
+PDFPage *PDFView::pageForSourceIndex(int sourceIndex) const
+{
+    if (!m_document)
+        return nullptr;
+    auto &places = m_reading->placesOfSources;
+    const auto known = [&]() -> PDFPage * {
+        const auto place = places.find(sourceIndex);
+        PDFPage *page = place != places.end() ? m_document->pageAtIndex(place->second) : nullptr;
+        return page && page->sourceIndex() == sourceIndex ? page : nullptr;
+    };
+    if (PDFPage *page = known())
+        return page;
+    places.clear();
+    for (int i = 0; i < m_document->pageCount(); ++i)
+        places.emplace(m_document->pageAtIndex(i)->sourceIndex(), i);
+    return known();
+}
+
+void PDFView::followDestination(const PageDestination &destination)
+{
+    const PDFPage *page = pageForSourceIndex(destination.page);
+    if (!page)
+        return;
+    const Place left = place();
+    if (destination.top && std::isfinite(*destination.top)) {
+        const QSizeF size = shownSize(page->geometry().cropBox, page->geometry().rotation);
+        const QRectF line(0, std::clamp(*destination.top, 0.0, size.height()), size.width(), 0);
+        const ViewRect shown = convertRectFromPage(page->rectFromFileSpace(line), page);
+        goToPlace({page->index(), convertPointToPage({0, shown.maxY()}, page)});
+    } else {
+        goToPage(page->index());
+    }
+    if (areSame(place(), left))
+        return;
+    m_reading->history.leave(left);
+    Q_EMIT historyChanged();
+}
 
 bool PDFView::canGoBack() const
 {
-    return false;
+    return m_reading->history.canGoBack();
 }
 
 bool PDFView::canGoForward() const
 {
-    return false;
+    return m_reading->history.canGoForward();
 }
 
-void PDFView::goBack() {}
-void PDFView::goForward() {}
-
-PDFPage *PDFView::pageForSourceIndex(int) const
+void PDFView::goBack()
 {
-    return nullptr;
+    if (const auto target = m_reading->history.back(place())) {
+        goToPlace(*target);
+        Q_EMIT historyChanged();
+    }
+}
+
+void PDFView::goForward()
+{
+    if (const auto target = m_reading->history.forward(place())) {
+        goToPlace(*target);
+        Q_EMIT historyChanged();
+    }
 }
 
 } // namespace inkory

@@ -1,7 +1,9 @@
 #include "platform/widgets/PDFView.h"
 
+#include "platform/widgets/PDFView+Reading.h"
 #include "platform/widgets/TouchInput.h"
 
+#include <QHelpEvent>
 #include <QNativeGestureEvent>
 #include <QPaintEvent>
 #include <QPainter>
@@ -39,12 +41,14 @@ PDFView::PDFView(QWidget *parent) : QAbstractScrollArea(parent), m_touch(std::ma
     connect(&m_glide, &QVariantAnimation::valueChanged, this,
             [this](const QVariant &position) { moveTo(position.toPointF()); });
     connect(&m_images, &PageImageStore::pieceArrived, this, &PDFView::pageContentArrived);
+    setUpReading();
 }
 
 PDFView::~PDFView() = default;
 
 void PDFView::setDocument(PDFDocument *document)
 {
+    forgetReading();
     if (m_document)
         m_document->disconnect(this);
     m_document = document;
@@ -169,6 +173,7 @@ void PDFView::paintPage(QPainter &painter, int pageIndex, const QRect &dirty, bo
     const auto content = [&](QPainter &target, const PDFPage &drawn) {
         if (!drawPageContent(target, drawn, rect))
             complete = false;
+        paintReading(target, pageIndex);
     };
     ScreenDrawingContext context(painter, widgetTransform(pageIndex), content, m_stampImages);
     const DrawingContext::Scope scope(context);
@@ -301,6 +306,8 @@ bool PDFView::viewportEvent(QEvent *event)
         m_pageNotes.isSecondPress(static_cast<QMouseEvent *>(event)->position().toPoint()))
         return true;
     if (m_touch->handle(event))
+        return true;
+    if (event->type() == QEvent::ToolTip && showAddressAt(*static_cast<QHelpEvent *>(event)))
         return true;
     if (event->type() == QEvent::NativeGesture) {
         const auto *gesture = static_cast<QNativeGestureEvent *>(event);

@@ -8,6 +8,7 @@
 #include "platform/widgets/PageLayout.h"
 #include "platform/widgets/PageNotes.h"
 #include "platform/widgets/ScreenDrawingContext.h"
+#include "platform/widgets/TextSelection.h"
 
 #include <QAbstractScrollArea>
 #include <QElapsedTimer>
@@ -19,8 +20,12 @@
 #include <optional>
 #include <vector>
 
+class QHelpEvent;
+
 namespace inkory
 {
+
+struct PageSpot;
 
 /// Whether a point beside all pages counts for the nearest one.
 enum class PageSearch { Exact, Nearest };
@@ -94,6 +99,10 @@ public:
     void setFindMarks(std::vector<FindHit> marks, int current);
     /// The document's page that shows this page of the file; none where it has no such page.
     PDFPage *pageForSourceIndex(int sourceIndex) const;
+    /// For the pointer's shape. Not over what has not been read yet.
+    bool isOverText(const ViewPoint &point) const;
+    /// Over a link that a click would follow.
+    bool isOverLink(const ViewPoint &point) const;
 
     /// Goes to a destination inside the document, and remembers the place that is left.
     void followDestination(const PageDestination &destination);
@@ -160,6 +169,11 @@ protected:
     void resizeEvent(QResizeEvent *event) override;
     void scrollContentsBy(int dx, int dy) override;
     void wheelEvent(QWheelEvent *event) override;
+    /// Presses that a subclass does not claim select text and follow links.
+    void mousePressEvent(QMouseEvent *event) override;
+    void mouseDoubleClickEvent(QMouseEvent *event) override;
+    void mouseMoveEvent(QMouseEvent *event) override;
+    void mouseReleaseEvent(QMouseEvent *event) override;
     void keyPressEvent(QKeyEvent *event) override;
     bool viewportEvent(QEvent *event) override;
     bool event(QEvent *event) override;
@@ -229,6 +243,22 @@ private:
     void placeDrawAgainButtons();
     void drawAgain(int pageIndex);
 
+    struct Reading;
+    void setUpReading();
+    /// Before the document changes.
+    void forgetReading();
+    /// Marks and selection, over the page's content.
+    void paintReading(QPainter &painter, int pageIndex);
+    void fetchTexts();
+    TextSelection::Unit unitOfPress(const ViewPoint &point, bool isSecond);
+    PageSpot spotAt(const ViewPoint &point) const;
+    const PageLink *linkAt(const ViewPoint &point) const;
+    bool showAddressAt(const QHelpEvent &event);
+    void endPress();
+    void selectTo(const ViewPoint &point);
+    void scrollWhileSelecting();
+    void follow(const PageLink &link);
+
     QPointer<PDFDocument> m_document;
     PageLayout m_layout;
     PageImageStore m_images{DrawPriority::Visible};
@@ -253,6 +283,7 @@ private:
     int m_lastCurrentPage = -1;
     int m_chosenPage = -1; // the one gone to, until the pages are scrolled; -1 for none
     bool m_contentComplete = false;
+    std::unique_ptr<Reading> m_reading; // goes before the document
 };
 
 } // namespace inkory

@@ -1,0 +1,43 @@
+#pragma once
+
+#include "platform/widgets/FindMarks.h"
+#include "platform/widgets/NavigationHistory.h"
+#include "platform/widgets/PDFView.h"
+#include "platform/widgets/TextSelecting.h"
+
+#include <QElapsedTimer>
+#include <QTimer>
+
+#include <optional>
+#include <unordered_map>
+
+namespace inkory
+{
+
+/// What a view knows for reading; see PDFView+Reading.cpp.
+struct PDFView::Reading
+{
+    /// The left button is held.
+    struct Press
+    {
+        ViewPoint start;
+        ViewPoint last;
+        std::optional<PageLink> link; // to be followed, unless the pointer is dragged
+        bool isSelecting = false;     // the pointer was dragged
+    };
+
+    explicit Reading(const PDFView &view);
+
+    PageTexts texts;
+    TextSelecting selecting;
+    FindMarks marks;
+    NavigationHistory<Place> history;
+    std::optional<Press> press;
+    ViewPoint doubleClickPlace;
+    QElapsedTimer sinceDoubleClick;
+    QTimer fetchTimer;                            // runs when visible pages have not been read
+    QTimer edgeTimer;                             // runs while a selecting pointer is beyond the view's edge
+    std::unordered_map<int, int> placesOfSources; // checked before use: pages are exchanged without notice
+};
+
+} // namespace inkory
