@@ -1,13 +1,12 @@
 #include "V1/application/DocumentStatusBar.h"
 
+#include "V1/application/ElidingLabel.h"
 #include "platform/widgets/PlainToolTip.h"
 
 #include <QHBoxLayout>
 #include <QLabel>
 #include <QLineEdit>
-#include <QPainter>
 #include <QSpinBox>
-#include <QStyle>
 
 namespace inkory
 {
@@ -17,33 +16,14 @@ namespace
 
 constexpr int messageMilliseconds = 5000;
 
-/// One line of plain text that says with an ellipsis that it goes on.
-class MessageLabel : public QLabel
-{
-public:
-    using QLabel::QLabel;
-
-protected:
-    void paintEvent(QPaintEvent *) override
-    {
-        QPainter painter(this);
-        const QRect place = contentsRect();
-        const QString shown = fontMetrics().elidedText(text(), Qt::ElideRight, place.width());
-        style()->drawItemText(&painter, place, QStyle::visualAlignment(layoutDirection(), alignment()), palette(),
-                              isEnabled(), shown, foregroundRole());
-    }
-};
-
 } // namespace
 
 DocumentStatusBar::DocumentStatusBar(QWidget *parent)
-    : QStatusBar(parent), m_message(new MessageLabel(this)), m_pageRow(new QWidget(this)),
+    : QStatusBar(parent), m_message(new ElidingLabel(this)), m_pageRow(new QWidget(this)),
       m_pageField(new QSpinBox(m_pageRow)), m_pageCount(new QLabel(m_pageRow))
 {
     m_message->setObjectName(QStringLiteral("inlineMessage"));
-    m_message->setTextFormat(Qt::PlainText);
     m_message->setContentsMargins(6, 0, 6, 0);
-    m_message->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Preferred); // a long one does not widen the window
     m_pageField->setObjectName(QStringLiteral("pageField"));
     m_pageField->setButtonSymbols(QAbstractSpinBox::NoButtons);
     m_pageField->setAlignment(Qt::AlignRight);

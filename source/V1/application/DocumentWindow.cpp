@@ -2,6 +2,7 @@
 
 #include "platform/widgets/InterfaceDescriptions.h"
 #include "platform/widgets/NamedImages.h"
+#include "platform/widgets/OutlineView.h"
 #include "platform/widgets/SegmentedControl.h"
 
 #include <QComboBox>
@@ -44,7 +45,10 @@ DocumentWindow::DocumentWindow(QWidget *parent) : QMainWindow(parent), m_ui(std:
     setCentralWidget(m_ui->splitter);
     m_ui->splitter->setSizes({thumbnailsWidth, width() - thumbnailsWidth});
     m_ui->splitter->setStretchFactor(1, 1);
-    m_ui->pdfThumbnailView->setMinimumWidth(150);
+    m_ui->sidePanel->setMinimumWidth(150);
+    m_outlineView = new OutlineView(m_ui->sidePanel);
+    m_outlineView->setObjectName(QStringLiteral("outlineView"));
+    m_outlineView->hide();
     m_ui->statusBar->setSizeGripEnabled(false);
     m_ui->mainToolBar->setContextMenuPolicy(Qt::PreventContextMenu);
     setContextMenuPolicy(Qt::NoContextMenu); // it would offer to hide the tool bar
@@ -195,6 +199,7 @@ void DocumentWindow::applyIcons()
     setGround(m_ui->pdfView->viewport(), QPalette::Base, ground);
     setGround(m_ui->pdfView, QPalette::Base, ground);
     setGround(m_ui->pdfThumbnailView, QPalette::Base, palette().color(QPalette::Window));
+    setGround(m_outlineView, QPalette::Base, palette().color(QPalette::Window));
 }
 
 void registerDocumentWindowDescription()

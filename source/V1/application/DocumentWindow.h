@@ -15,6 +15,7 @@ class PDFDocumentWindow;
 namespace inkory
 {
 
+class OutlineView;
 class SegmentedControl;
 
 /// The window of a document as a layout: its menus, tool bar, page view, side panel and status bar, without behaviour.
@@ -40,6 +41,7 @@ private:
 
     std::unique_ptr<Ui::PDFDocumentWindow> m_ui;
     StampViewToolbar *m_stampToolbar = nullptr;
+    OutlineView *m_outlineView = nullptr; // in no tab until its document has an outline
 };
 
 /// Makes "PDFDocumentWindow" loadable by its name.

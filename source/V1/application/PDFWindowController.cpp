@@ -2,6 +2,7 @@
 
 #include "V1/application/DocumentStatePage.h"
 #include "V1/application/DocumentStatusBar.h"
+#include "V1/application/FindBar.h"
 #include "V1/application/NoticeStrip.h"
 #include "V1/editing/KRPDFView.h"
 #include "V1/library/ImageStampSelectionController.h"
@@ -10,6 +11,7 @@
 #include "platform/core/PhysicalKeys.h"
 #include "platform/widgets/Document.h"
 #include "platform/widgets/InterfaceDescriptions.h"
+#include "platform/widgets/OutlineView.h"
 #include "platform/widgets/PDFThumbnailView.h"
 #include "platform/widgets/SegmentedControl.h"
 
@@ -19,6 +21,7 @@
 #include <QPainter>
 #include <QSplitter>
 #include <QStackedWidget>
+#include <QTabWidget>
 #include <QToolButton>
 
 #include <algorithm>
@@ -68,6 +71,9 @@ void PDFWindowController::awakeFromNib()
     const QWidget &root = *window();
     m_pdfView = outlet<KRPDFView>(root, QStringLiteral("pdfView"));
     m_pdfThumbnailView = outlet<PDFThumbnailView>(root, QStringLiteral("pdfThumbnailView"));
+    m_outlineView = outlet<OutlineView>(root, QStringLiteral("outlineView"));
+    m_sidePanel = outlet<QTabWidget>(root, QStringLiteral("sidePanel"));
+    m_findBar = outlet<FindBar>(root, QStringLiteral("findBar"));
     m_toolSelectionControl = outlet<SegmentedControl>(root, QStringLiteral("toolSelectionControl"));
     m_imageStampToolbarImageView = outlet<QToolButton>(root, QStringLiteral("imageStampToolbarImageView"));
     m_pageArea = outlet<QStackedWidget>(root, QStringLiteral("pageArea"));
@@ -85,6 +91,8 @@ void PDFWindowController::windowDidLoad()
         m_pdfView->setUndoManager(&document()->undoManager());
     m_pdfView->setDocument(m_pdfDoc);
     m_pdfThumbnailView->setPDFView(m_pdfView);
+    m_findBar->setPDFView(m_pdfView);
+    connectOutline();
     setCurrentToolType(ToolTypeSelect);
     observeNotifications();
     m_pdfView->windowDidLoad();
@@ -93,6 +101,8 @@ void PDFWindowController::windowDidLoad()
     connectFileActions();
     connectEditActions();
     connectViewActions();
+    connectReadingActions();
+    connectFindActions();
     connectStatusBar();
     if (m_pdfDoc) {
         connect(m_pdfDoc, &PDFDocument::stateChanged, this, &PDFWindowController::showDocumentState);
@@ -232,7 +242,9 @@ void PDFWindowController::showDocumentState()
         }
     } else {
         m_pageArea->setCurrentWidget(m_statePage);
+        m_findBar->dismiss();
     }
+    updateReadingCommands();
     showGeometryState();
     showCurrentPage();
     showZoomFactor();
@@ -244,7 +256,7 @@ void PDFWindowController::showSidePanel()
     auto *action = outlet<QAction>(*window(), QStringLiteral("actionSidePanel"));
     const bool hasPages = m_pdfDoc && m_pdfDoc->state() == PDFDocument::State::Open;
     action->setEnabled(hasPages);
-    m_pdfThumbnailView->setVisible(hasPages && action->isChecked());
+    m_sidePanel->setVisible(hasPages && action->isChecked());
     outlet<QSplitter>(*window(), QStringLiteral("splitter"))
         ->refresh(); // the first zoom fits what is left to the pages
 }

@@ -14,13 +14,16 @@ class KRPDFView;
 class QAction;
 class QComboBox;
 class QStackedWidget;
+class QTabWidget;
 class QToolButton;
 
 namespace inkory
 {
 class DocumentStatePage;
 class DocumentStatusBar;
+class FindBar;
 class NoticeStrip;
+class OutlineView;
 class PDFThumbnailView;
 class SegmentedControl;
 } // namespace inkory
@@ -70,6 +73,9 @@ private:
     void connectFileActions();
     void connectEditActions();
     void connectViewActions();
+    void connectReadingActions();
+    void connectFindActions();
+    void connectOutline();
     void connectControls();
     void connectStatusBar();
     void observeNotifications();
@@ -83,6 +89,9 @@ private:
     void showCurrentPage();
     void updateUndoActions();
     void updatePageCommands();
+    void updateReadingCommands();
+    void showContextMenu(const QPoint &place);
+    void askToOpenAddress(const QString &address);
     bool offersTools() const;
     void showSignatureImage();
     void showAbout();
@@ -97,6 +106,9 @@ private:
     // Outlets; they belong to the window.
     KRPDFView *m_pdfView = nullptr;
     inkory::PDFThumbnailView *m_pdfThumbnailView = nullptr;
+    inkory::OutlineView *m_outlineView = nullptr;
+    QTabWidget *m_sidePanel = nullptr;
+    inkory::FindBar *m_findBar = nullptr;
     inkory::SegmentedControl *m_toolSelectionControl = nullptr;
     QToolButton *m_imageStampToolbarImageView = nullptr;
     QStackedWidget *m_pageArea = nullptr;

@@ -1,0 +1,82 @@
+// What a person does with the text of the pages: copying, finding, following links and the outline, printing.
+
+#include "V1/application/PDFWindowController.h"
+
+#include "V1/application/DocumentStatusBar.h"
+#include "V1/application/FindBar.h"
+#include "V1/application/WebAddress.h"
+#include "V1/editing/KRPDFView.h"
+#include "V1/stamps/KRPDFDocument.h"
+#include "platform/widgets/InterfaceDescriptions.h"
+#include "platform/widgets/OutlineView.h"
+
+#include <QAction>
+#include <QMenu>
+#include <QTabWidget>
+
+using namespace inkory;
+
+void PDFWindowController::connectReadingActions()
+{
+    onTriggered("actionCopy", [this] { m_pdfView->copySelection(); });
+    onTriggered("actionSelectAll", [this] { m_pdfView->selectAllText(); });
+    onTriggered("actionBack", [this] { m_pdfView->goBack(); });
+    onTriggered("actionForward", [this] { m_pdfView->goForward(); });
+    connect(m_pdfView, &PDFView::textSelectionChanged, this, &PDFWindowController::updateReadingCommands);
+    connect(m_pdfView, &PDFView::historyChanged, this, &PDFWindowController::updateReadingCommands);
+    // After the press that it came from: the question runs an event loop of its own.
+    connect(m_pdfView, &PDFView::addressActivated, this, &PDFWindowController::askToOpenAddress, Qt::QueuedConnection);
+    m_pdfView->setContextMenuPolicy(Qt::CustomContextMenu);
+    connect(m_pdfView, &QWidget::customContextMenuRequested, this, &PDFWindowController::showContextMenu);
+}
+
+void PDFWindowController::updateReadingCommands()
+{
+    const bool isOpen = m_pdfDoc && m_pdfDoc->state() == PDFDocument::State::Open;
+    const auto enable = [this](const char *name, bool enabled) {
+        outlet<QAction>(*window(), QLatin1String(name))->setEnabled(enabled);
+    };
+    for (const char *name : {"actionPrint", "actionSelectAll", "actionFind", "actionFindNext", "actionFindPrevious"})
+        enable(name, isOpen);
+    enable("actionCopy", m_pdfView->hasTextSelection());
+    enable("actionBack", m_pdfView->canGoBack());
+    enable("actionForward", m_pdfView->canGoForward());
+}
+
+void PDFWindowController::connectFindActions()
+{
+    onTriggered("actionFind", [this] { m_findBar->open(); });
+    onTriggered("actionFindNext", [this] { m_findBar->findNext(); });
+    onTriggered("actionFindPrevious", [this] { m_findBar->findPrevious(); });
+    connect(m_findBar, &FindBar::dismissed, m_pdfView, qOverload<>(&QWidget::setFocus));
+}
+
+void PDFWindowController::connectOutline()
+{
+    m_outlineView->setPDFView(m_pdfView);
+    connect(m_outlineView, &OutlineView::filled, this, [this] { m_sidePanel->addTab(m_outlineView, tr("Contents")); });
+}
+
+void PDFWindowController::showContextMenu(const QPoint &place)
+{
+    const QPoint inWindow = m_pdfView->mapTo(m_pdfView->window(), place);
+    const ViewPoint point =
+        m_pdfView->convertPointFromWindow({static_cast<double>(inWindow.x()), static_cast<double>(inWindow.y())});
+    if (const auto stamp = m_pdfView->stampViewForPoint(point))
+        m_pdfView->setSelectedStampView(stamp);
+    auto *menu = new QMenu(m_pdfView);
+    menu->setAttribute(Qt::WA_DeleteOnClose);
+    menu->addAction(outlet<QAction>(*window(), QStringLiteral("actionCopy")));
+    menu->addAction(outlet<QAction>(*window(), QStringLiteral("actionSelectAll")));
+    if (m_pdfView->selectedStampView()) {
+        menu->addSeparator();
+        menu->addAction(outlet<QAction>(*window(), QStringLiteral("actionDelete")));
+    }
+    menu->popup(m_pdfView->mapToGlobal(place));
+}
+
+void PDFWindowController::askToOpenAddress(const QString &address)
+{
+    if (openAddressIfAgreed(address, window()) == AddressOutcome::Failed)
+        m_statusBar->showInlineMessage(tr("The address could not be opened."), DocumentStatusBar::Stay::AWhile);
+}

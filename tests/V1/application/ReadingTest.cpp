@@ -1,0 +1,192 @@
+#include "ApplicationFixture.h"
+
+#include "V1/application/FindBar.h"
+#include "V1/application/PDFWindowController.h"
+#include "V1/application/WebAddress.h"
+#include "V1/editing/KRPDFView.h"
+#include "V1/stamps/KRPDFDocument.h"
+#include "platform/widgets/OutlineView.h"
+
+#include <QAction>
+#include <QClipboard>
+#include <QLabel>
+#include <QLineEdit>
+#include <QMenu>
+#include <QMenuBar>
+#include <QSet>
+#include <QSignalSpy>
+#include <QTabBar>
+#include <QTabWidget>
+
+namespace inkory::test
+{
+
+namespace
+{
+
+/// The file with an outline of two lines; the second one, "Inner", is a child and leads to the last page.
+QByteArray withOutline(QByteArray file)
+{
+    const qsizetype kids = file.indexOf("/Kids [") + 7;
+    const QByteArray lastPage =
+        file.mid(kids, file.indexOf("]", kids) - kids).split('R').at(1).trimmed() + " R"; // of two
+    file.replace("/Type /Catalog", "/Type /Catalog /Outlines 90 0 R");
+    file.insert(file.indexOf("\nxref\n") + 1,
+                "90 0 obj\n<< /Type /Outlines /First 91 0 R /Last 91 0 R /Count 2 >>\nendobj\n"
+                "91 0 obj\n<< /Title (Outer) /Parent 90 0 R /First 92 0 R /Last 92 0 R /Count 1 >>\nendobj\n"
+                "92 0 obj\n<< /Title (Inner) /Parent 91 0 R /Dest [" +
+                    lastPage + " /Fit] >>\nendobj\n");
+    return rewriteWithQpdf(file, {});
+}
+
+} // namespace
+
+/// The window of a document with three pages: "First word", "Second word, last word", "Third".
+class ReadingTest : public OpenedDocumentFixture
+{
+protected:
+    ReadingTest()
+    {
+        EXPECT_TRUE(QTest::qWaitForWindowActive(window.windowHandle()));
+        EXPECT_TRUE(QTest::qWaitFor([this] { return document.pdfDoc()->isGeometrySettled(); }));
+    }
+    ~ReadingTest() override { setAddressOpener({}); }
+
+    template <class T> T &part(const char *name) { return *window.findChild<T *>(QLatin1String(name)); }
+    void press(Qt::Key key, Qt::KeyboardModifiers modifiers = {})
+    {
+        QTest::keyClick(window.focusWidget(), key, modifiers);
+    }
+    bool counts(const char *text)
+    {
+        return QTest::qWaitFor([&] { return part<QLabel>("findCount").text() == QLatin1String(text); });
+    }
+
+    PDFDocumentModel &document = open(makeFile("a.pdf", textPages({"First word", "Second word, last word", "Third"})));
+    QWidget &window = *document.pdfWindowController()->window();
+    KRPDFView &view = *document.pdfWindowController()->pdfView();
+};
+
+TEST_F(ReadingTest, FindsByKeysGoesRoundAndLeavesWithEscape)
+{
+    press(Qt::Key_F, Qt::ControlModifier);
+    EXPECT_EQ(window.focusWidget(), &part<QLineEdit>("findField"));
+    QTest::keyClicks(window.focusWidget(), QStringLiteral("WORD"));
+    EXPECT_TRUE(counts("1 of 3"));
+    press(Qt::Key_Return);
+    EXPECT_TRUE(counts("2 of 3"));
+    EXPECT_EQ(view.currentPageIndex(), 1);
+    press(Qt::Key_F3);
+    press(Qt::Key_F3);
+    EXPECT_TRUE(counts("1 of 3"));
+    press(Qt::Key_Return, Qt::ShiftModifier);
+    EXPECT_TRUE(counts("3 of 3"));
+
+    QTest::keyClicks(window.focusWidget(), QStringLiteral(" is not here"));
+    press(Qt::Key_Return);
+    EXPECT_TRUE(counts("Not found"));
+    EXPECT_FALSE(part<QLabel>("findNote").isVisible()) << "the document has text";
+    press(Qt::Key_Escape);
+    EXPECT_FALSE(part<FindBar>("findBar").isVisible());
+    EXPECT_EQ(window.focusWidget(), &view);
+}
+
+TEST_F(ReadingTest, SaysThatScannedPagesHaveNoText)
+{
+    const PDFDocumentModel &scan =
+        open(makeFile("b.pdf", makePdf({PageSpec{.contents = {rectangleContent(100, 600, 100, 100, "0 0 1")}}})));
+    EXPECT_TRUE(QTest::qWaitFor([&] { return scan.pdfDoc()->isGeometrySettled(); }));
+    auto *bar = scan.pdfWindowController()->window()->findChild<FindBar *>();
+    bar->findNext();
+    QTest::keyClicks(bar->findChild<QLineEdit *>(), QStringLiteral("word"));
+    const auto *note = bar->findChild<QLabel *>(QStringLiteral("findNote"));
+    EXPECT_TRUE(QTest::qWaitFor([&] { return note->isVisible(); }));
+    EXPECT_TRUE(note->text().contains(QStringLiteral("scanned")));
+}
+
+TEST_F(ReadingTest, CopiesThePagesTextAndFieldsKeepTheirOwn)
+{
+    EXPECT_FALSE(part<QAction>("actionCopy").isEnabled());
+    view.setFocus();
+    press(Qt::Key_A, Qt::ControlModifier);
+    EXPECT_TRUE(QTest::qWaitFor([this] { return part<QAction>("actionCopy").isEnabled(); }));
+    press(Qt::Key_C, Qt::ControlModifier);
+    EXPECT_EQ(QGuiApplication::clipboard()->text().trimmed(), QStringLiteral("First word"));
+    press(Qt::Key_F, Qt::ControlModifier);
+    EXPECT_EQ(part<QLineEdit>("findField").text(), QStringLiteral("First word"));
+    QTest::keyClicks(window.focusWidget(), QStringLiteral("other"));
+    press(Qt::Key_A, Qt::ControlModifier);
+    press(Qt::Key_C, Qt::ControlModifier);
+    EXPECT_EQ(QGuiApplication::clipboard()->text(), QStringLiteral("other"));
+}
+
+TEST_F(ReadingTest, TheOutlineIsASecondTabOnlyWhereThereIsOne)
+{
+    const PDFDocumentModel &outlined = open(makeFile("b.pdf", withOutline(textPages({"one", "two"}))));
+    QWidget &other = *outlined.pdfWindowController()->window();
+    auto *panel = other.findChild<QTabWidget *>(QStringLiteral("sidePanel"));
+    ASSERT_TRUE(QTest::qWaitFor([&] { return panel->count() == 2; }));
+    EXPECT_TRUE(panel->tabBar()->isVisible());
+    EXPECT_FALSE(part<QTabWidget>("sidePanel").tabBar()->isVisible());
+    EXPECT_EQ(part<QTabWidget>("sidePanel").count(), 1);
+
+    panel->setCurrentIndex(1);
+    auto *tree = other.findChild<OutlineView *>();
+    tree->setFocus();
+    const KRPDFView &pages = *outlined.pdfWindowController()->pdfView();
+    QTest::keyClick(tree, Qt::Key_Down); // the outer line is open
+    EXPECT_EQ(tree->currentIndex().data().toString(), QStringLiteral("Inner"));
+    QTest::keyClick(tree, Qt::Key_Return);
+    EXPECT_EQ(pages.currentPageIndex(), 1);
+    EXPECT_TRUE(pages.canGoBack());
+    QTest::keyClick(&other, Qt::Key_Left, Qt::AltModifier);
+    EXPECT_EQ(pages.currentPageIndex(), 0);
+    QTest::mouseClick(tree->viewport(), Qt::LeftButton, {}, tree->visualRect(tree->currentIndex()).center());
+    EXPECT_EQ(pages.currentPageIndex(), 1);
+}
+
+TEST_F(ReadingTest, AnAddressIsOpenedOnlyAfterTheQuestion)
+{
+    QList<QUrl> opened;
+    setAddressOpener([&](const QUrl &url) {
+        opened.append(url);
+        return true;
+    });
+    const QString address = QStringLiteral("https://example.org/<b>?q=") + QString(60, u'x');
+    answers = {0, 1};
+    Q_EMIT view.addressActivated(address);
+    EXPECT_TRUE(questions.isEmpty()) << "the press that it came from ends first";
+    QCoreApplication::processEvents();
+    ASSERT_EQ(questions.size(), 1);
+    EXPECT_EQ(questions.first().at(0), QStringLiteral("Open this address?"));
+    EXPECT_EQ(QString(questions.first().at(1)).remove(u'\u200b'),
+              QStringLiteral("https://example.org/%3Cb%3E?q=") + QString(60, u'x'));
+    EXPECT_EQ(questions.first().mid(2), QStringList({QStringLiteral("Open"), QStringLiteral("Cancel")}));
+    EXPECT_TRUE(opened.isEmpty());
+    EXPECT_EQ(openAddressIfAgreed(address, &window), AddressOutcome::Opened);
+    EXPECT_EQ(opened, QList<QUrl>({QUrl(address)}));
+    for (const char *other : {"file:///etc/passwd", "javascript:alert(1)", "https:///x", "mailto:", "HTTP", ""})
+        EXPECT_EQ(openAddressIfAgreed(QLatin1String(other), &window), AddressOutcome::Failed) << other;
+    EXPECT_EQ(questions.size(), 2);
+}
+
+TEST_F(ReadingTest, EveryMenuItemHasAKeyOfItsOwn)
+{
+    auto &bar = part<QMenuBar>("menubar");
+    QList<QMenu *> menus = bar.findChildren<QMenu *>(Qt::FindDirectChildrenOnly);
+    EXPECT_GE(menus.size(), 6);
+    QSet<QKeySequence> shortcuts;
+    for (const QMenu *menu : menus) {
+        QSet<QKeySequence> keys;
+        for (const QAction *item : menu->actions()) {
+            const QKeySequence key = QKeySequence::mnemonic(item->text());
+            EXPECT_FALSE(!key.isEmpty() && keys.contains(key)) << item->text().toStdString();
+            EXPECT_FALSE(!item->shortcut().isEmpty() && shortcuts.contains(item->shortcut()))
+                << item->text().toStdString();
+            keys.insert(key);
+            shortcuts.insert(item->shortcut());
+        }
+    }
+}
+
+} // namespace inkory::test
