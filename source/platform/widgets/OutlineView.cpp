@@ -5,6 +5,7 @@
 
 #include <QHeaderView>
 #include <QKeyEvent>
+#include <QStyledItemDelegate>
 
 #include <utility>
 
@@ -18,11 +19,24 @@ constexpr int levelIndentation = 14;
 constexpr int leastTitleWidth = 80;
 // More than this opened at first would be a list to scroll through, not an overview.
 constexpr int mostRowsAtFirst = 2'000;
+constexpr int rowPadding = 3; // above and below a title
+
+class RoomyRows : public QStyledItemDelegate
+{
+public:
+    using QStyledItemDelegate::QStyledItemDelegate;
+
+    QSize sizeHint(const QStyleOptionViewItem &option, const QModelIndex &index) const override
+    {
+        return QStyledItemDelegate::sizeHint(option, index) + QSize(0, 2 * rowPadding);
+    }
+};
 
 } // namespace
 
 OutlineView::OutlineView(QWidget *parent) : QTreeView(parent)
 {
+    setItemDelegate(new RoomyRows(this));
     setHeaderHidden(true);
     setUniformRowHeights(true); // thousands of rows are laid out at once
     setIndentation(levelIndentation);

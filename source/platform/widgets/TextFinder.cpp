@@ -56,7 +56,6 @@ void TextFinder::search(const QString &text, const PDFView::Place &start)
     m_current.reset();
     m_hitCount = 0;
     m_failedPageCount = 0;
-    m_goesPageByPage = false;
     m_state = State::Idle;
     if (!text.trimmed().isEmpty() && m_document && m_document->pageCount() > 0 && pageSource()) {
         m_state = State::Searching;
@@ -107,30 +106,23 @@ void TextFinder::searchOn()
         finish();
         return;
     }
-    const Run run = m_runs.front();
-    const FindRequest request{m_text, run.first, m_goesPageByPage ? run.first + 1 : run.end};
+    const FindRequest request{m_text, m_runs.front().first, m_runs.front().end};
     m_token = source->find(request, [this, request](const Result<FindReply> &reply) { answered(request, reply); });
 }
 
-// Of several pages that failed together one is to blame. They are taken one by one until it has been found and left
-// out.
 void TextFinder::answered(const FindRequest &request, const Result<FindReply> &reply)
 {
     m_token = 0;
     const bool hadCurrent = m_current.has_value();
-    const bool wasOnePage = request.endPage == request.firstPage + 1;
-    int nextPage = request.firstPage;
+    int nextPage = request.firstPage + 1;
     if (reply) {
         takeHits(request, *reply);
-        nextPage = std::clamp(reply->nextPage, request.firstPage + 1, request.endPage);
-    } else if (wasOnePage) {
+        nextPage = std::clamp(reply->nextPage, nextPage, request.endPage);
+    } else {
         ++m_failedPageCount;
-        nextPage = request.endPage;
     }
-    if (!reply)
-        m_goesPageByPage = !wasOnePage;
     m_runs.front().first = nextPage;
-    if (nextPage >= m_runs.front().end)
+    if (nextPage >= request.endPage)
         m_runs.pop_front();
     if (isFull())
         m_runs.clear();

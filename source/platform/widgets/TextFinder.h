@@ -101,7 +101,6 @@ private:
     State m_state = State::Idle;
     std::vector<int> m_order; // the file's number of each page of the document
     std::deque<Run> m_runs;   // still to be searched
-    bool m_goesPageByPage = false;
     DrawToken m_token = 0;
     PDFView::Place m_start;
     std::unordered_map<int, std::vector<FindHit>> m_hits;
