@@ -48,7 +48,6 @@ FindBar::FindBar(QWidget *parent)
     m_field->setPlaceholderText(tr("Find in document"));
     m_field->setAccessibleName(tr("Find in document"));
     m_field->setMaxLength(static_cast<int>(FindRequest::longestText));
-    m_field->setClearButtonEnabled(true);
     m_field->installEventFilter(this);
     m_count->setObjectName(QStringLiteral("findCount"));
     m_note->setObjectName(QStringLiteral("findNote"));

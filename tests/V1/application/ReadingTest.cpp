@@ -57,6 +57,14 @@ protected:
     {
         QTest::keyClick(window.focusWidget(), key, modifiers);
     }
+    /// Whether the line on that page comes to be seen.
+    bool sees(int page)
+    {
+        const PagePoint line{80, 705};
+        const PDFPage *shown = document.pdfDoc()->pageAtIndex(page);
+        return QTest::qWaitFor([&] { return view.visibleRect().contains(view.convertPointFromPage(line, shown)); },
+                               1000);
+    }
     bool counts(const char *text)
     {
         return QTest::qWaitFor([&] { return part<QLabel>("findCount").text() == QLatin1String(text); });
@@ -69,13 +77,14 @@ protected:
 
 TEST_F(ReadingTest, FindsByKeysGoesRoundAndLeavesWithEscape)
 {
+    EXPECT_FALSE(sees(1));
     press(Qt::Key_F, Qt::ControlModifier);
     EXPECT_EQ(window.focusWidget(), &part<QLineEdit>("findField"));
     QTest::keyClicks(window.focusWidget(), QStringLiteral("WORD"));
     EXPECT_TRUE(counts("1 of 3"));
     press(Qt::Key_Return);
     EXPECT_TRUE(counts("2 of 3"));
-    EXPECT_EQ(view.currentPageIndex(), 1);
+    EXPECT_TRUE(sees(1));
     press(Qt::Key_F3);
     press(Qt::Key_F3);
     EXPECT_TRUE(counts("1 of 3"));
@@ -137,12 +146,12 @@ TEST_F(ReadingTest, TheOutlineIsASecondTabOnlyWhereThereIsOne)
     QTest::keyClick(tree, Qt::Key_Down); // the outer line is open
     EXPECT_EQ(tree->currentIndex().data().toString(), QStringLiteral("Inner"));
     QTest::keyClick(tree, Qt::Key_Return);
-    EXPECT_EQ(pages.currentPageIndex(), 1);
+    EXPECT_TRUE(QTest::qWaitFor([&] { return pages.currentPageIndex() == 1; }));
     EXPECT_TRUE(pages.canGoBack());
     QTest::keyClick(&other, Qt::Key_Left, Qt::AltModifier);
-    EXPECT_EQ(pages.currentPageIndex(), 0);
+    EXPECT_TRUE(QTest::qWaitFor([&] { return pages.currentPageIndex() == 0; }));
     QTest::mouseClick(tree->viewport(), Qt::LeftButton, {}, tree->visualRect(tree->currentIndex()).center());
-    EXPECT_EQ(pages.currentPageIndex(), 1);
+    EXPECT_TRUE(QTest::qWaitFor([&] { return pages.currentPageIndex() == 1; }));
 }
 
 TEST_F(ReadingTest, AnAddressIsOpenedOnlyAfterTheQuestion)
