@@ -18,6 +18,7 @@ using namespace inkory;
 
 void PDFWindowController::connectReadingActions()
 {
+    onTriggered("actionPrint", [this] { m_pdfView->printDocument(); });
     onTriggered("actionCopy", [this] { m_pdfView->copySelection(); });
     onTriggered("actionSelectAll", [this] { m_pdfView->selectAllText(); });
     onTriggered("actionBack", [this] { m_pdfView->goBack(); });
