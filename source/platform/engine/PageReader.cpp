@@ -11,7 +11,6 @@
 #include <cmath>
 #include <iterator>
 #include <memory>
-#include <numeric>
 #include <utility>
 
 #include <poppler-qt6.h>
@@ -31,17 +30,17 @@ using Rotation = Poppler::Page::Rotation;
 // not keep the order of such lines.
 Rotation turnToReadBy(const Words &words)
 {
-    qsizetype all = 0;
-    qsizetype upward = 0;
-    qsizetype downward = 0;
+    int all = 0;
+    int upward = 0;
+    int downward = 0;
     for (const auto &word : words) {
-        const qsizetype length = word->text().size();
-        const QPointF way = word->charBoundingBox(1).center() - word->charBoundingBox(0).center();
-        if (length < 2)
+        const QRectF second = word->charBoundingBox(1);
+        if (second.isNull()) // a single character
             continue;
-        all += length;
-        upward += -way.y() > std::abs(way.x()) ? length : 0;
-        downward += way.y() > std::abs(way.x()) ? length : 0;
+        const QPointF way = second.center() - word->charBoundingBox(0).center();
+        ++all;
+        upward += -way.y() > std::abs(way.x()) ? 1 : 0;
+        downward += way.y() > std::abs(way.x()) ? 1 : 0;
     }
     return upward > all / 2 ? Rotation::Rotate90 : downward > all / 2 ? Rotation::Rotate270 : Rotation::Rotate0;
 }
@@ -68,8 +67,8 @@ PageText textOf(const Poppler::Page &page, Cancellation &cancellation)
         words = page.textList(turn, shouldAbort, payload);
     const QSizeF shown = page.pageSizeF();
     TextCollector collector;
-    collector.reserve(std::accumulate(words.begin(), words.end(), qsizetype(0),
-                                      [](qsizetype sum, const auto &word) { return sum + word->text().size() + 1; }));
+    constexpr qsizetype usualWord = 8; // with its space
+    collector.reserve(std::ssize(words) * usualWord);
     for (std::size_t i = 0; i < words.size() && !collector.isFull(); ++i) {
         const Poppler::TextBox &word = *words[i];
         int index = 0; // the library has a box for each character, not for each unit

@@ -42,9 +42,9 @@ bool isMark(const Character &character)
 void turnRound(Place begin, Place end)
 {
     std::reverse(begin, end);
-    for (Place mark = std::find_if(begin, end, isMark); mark != end; mark = std::find_if(mark, end, isMark)) {
-        const Place letter = std::find_if_not(mark, end, isMark);
-        const Place next = letter == end ? end : std::next(letter);
+    for (auto mark = std::find_if(begin, end, isMark); mark != end; mark = std::find_if(mark, end, isMark)) {
+        const auto letter = std::find_if_not(mark, end, isMark);
+        const auto next = letter == end ? end : std::next(letter);
         std::reverse(mark, next);
         mark = next;
     }
@@ -62,13 +62,13 @@ bool isBridged(Place from, Place to)
 // Turns each part of the line that is read against the line's direction.
 void turnParts(std::vector<Character> &line, bool (*isAgainst)(Reading), bool (*isAlong)(Reading))
 {
-    for (Place begin = line.begin(); begin != line.end();) {
+    for (auto begin = line.begin(); begin != line.end();) {
         if (!isAgainst(readingOf(*begin))) {
             ++begin;
             continue;
         }
-        Place last = begin;
-        for (Place next = std::next(begin); next != line.end() && !isAlong(readingOf(*next)); ++next) {
+        auto last = begin;
+        for (auto next = std::next(begin); next != line.end() && !isAlong(readingOf(*next)); ++next) {
             if (!isAgainst(readingOf(*next)))
                 continue;
             if (!isBridged(last, next))

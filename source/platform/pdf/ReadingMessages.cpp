@@ -108,7 +108,8 @@ bool readDestination(qint32 page, qint32 hasTop, double top, std::optional<PageD
 {
     if (page < noPage || page >= maxPageCount || hasTop < 0 || hasTop > (page == noPage ? 0 : 1))
         return false;
-    if (hasTop != 0 ? !(top >= 0 && top <= maxPageSide) : top != 0)
+    const bool isOnPage = top >= 0 && top <= maxPageSide;
+    if (hasTop != 0 ? !isOnPage : top != 0)
         return false;
     if (page != noPage)
         destination = PageDestination{page, hasTop != 0 ? std::optional(top) : std::nullopt};
