@@ -6,9 +6,11 @@
 #include "V1/application/FindBar.h"
 #include "V1/application/WebAddress.h"
 #include "V1/editing/KRPDFView.h"
+#include "V1/editing/PDFThumbnailView+PrintDocument.h"
 #include "V1/stamps/KRPDFDocument.h"
 #include "platform/widgets/InterfaceDescriptions.h"
 #include "platform/widgets/OutlineView.h"
+#include "platform/widgets/PDFThumbnailView.h"
 
 #include <QAction>
 #include <QMenu>
@@ -18,7 +20,12 @@ using namespace inkory;
 
 void PDFWindowController::connectReadingActions()
 {
-    onTriggered("actionPrint", [this] { m_pdfView->printDocument(); });
+    onTriggered("actionPrint", [this] {
+        if (m_pdfThumbnailView->hasFocus())
+            printDocument(*m_pdfThumbnailView);
+        else
+            m_pdfView->printDocument();
+    });
     onTriggered("actionCopy", [this] { m_pdfView->copySelection(); });
     onTriggered("actionSelectAll", [this] { m_pdfView->selectAllText(); });
     onTriggered("actionBack", [this] { m_pdfView->goBack(); });

@@ -158,11 +158,11 @@ OverlayTracking::CursorKind OverlayTracking::cursorFor(const ViewPoint &point, c
         return CursorKind::Resize;
     if (stampAtPoint || toolbarRect().contains(point) || !m_view.visibleRect().contains(point))
         return CursorKind::Arrow;
-    return cursorOverPages();
+    return cursorOverPages(point);
 }
 
 // Where no stamp and nothing that lies over the pages has a say.
-OverlayTracking::CursorKind OverlayTracking::cursorOverPages() const
+OverlayTracking::CursorKind OverlayTracking::cursorOverPages(const ViewPoint &point) const
 {
     switch (m_view.currentToolType()) {
     case ToolTypeTextStamp:
@@ -170,7 +170,9 @@ OverlayTracking::CursorKind OverlayTracking::cursorOverPages() const
     case ToolTypeImageStamp:
         return CursorKind::ImageStamp;
     default:
-        return CursorKind::Arrow;
+        if (m_view.isOverLink(point))
+            return CursorKind::PointingHand;
+        return m_view.isOverText(point) ? CursorKind::IBeam : CursorKind::Arrow;
     }
 }
 
@@ -190,6 +192,9 @@ void OverlayTracking::setCursor(CursorKind kind)
         break;
     case CursorKind::ImageStamp:
         m_view.viewport()->setCursor(imageStampCursor());
+        break;
+    case CursorKind::PointingHand:
+        m_view.viewport()->setCursor(Qt::PointingHandCursor);
         break;
     case CursorKind::IBeam:
         m_view.viewport()->setCursor(Qt::IBeamCursor);

@@ -49,13 +49,13 @@ public:
     static QSizeF resizeCursorSize();
 
 private:
-    enum class CursorKind { None, Arrow, IBeam, ImageStamp, Resize };
+    enum class CursorKind { None, Arrow, IBeam, PointingHand, ImageStamp, Resize };
 
     void updateButtons(const KRStamp *selected);
     void layOutToolbar();
     void placeToolbar(const inkory::OverlayRect &stampRect);
     CursorKind cursorFor(const inkory::ViewPoint &point, const KRStamp *stampAtPoint) const;
-    CursorKind cursorOverPages() const;
+    CursorKind cursorOverPages(const inkory::ViewPoint &point) const;
     void setCursor(CursorKind kind);
 
     // The widgets are children of the view's viewport and live as long as it does.

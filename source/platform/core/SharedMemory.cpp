@@ -150,4 +150,9 @@ QByteArray MappedFile::bytes() const
     return QByteArray::fromRawData(static_cast<const char *>(m_data), m_size);
 }
 
+void MappedFile::forgetWhatWasRead() const
+{
+    ::madvise(m_data, static_cast<std::size_t>(m_size), MADV_DONTNEED); // only advice: nothing depends on it
+}
+
 } // namespace inkory

@@ -62,6 +62,9 @@ public:
     /// Not copied: valid as long as this object.
     QByteArray bytes() const;
 
+    /// Lets the system have the memory of what has been read; reading it again brings it back.
+    void forgetWhatWasRead() const;
+
 private:
     MappedFile() = default;
 

@@ -18,6 +18,8 @@ namespace inkory
 namespace
 {
 
+constexpr qsizetype mostFileBytesKept = 32 << 20;
+
 struct BusDeleter
 {
     void operator()(sd_bus *bus) const { sd_bus_close_unref(bus); }
@@ -102,7 +104,11 @@ bool EngineService::draw(sd_bus_message *call, sd_bus_message *reply)
     if (!memory || !m_control)
         return false;
     QImage target = imageInMemory(*memory, message->request.region.size(), QImage::Format_RGB32);
-    return append(reply, m_drawer.draw(message->request, target, cancellationOf(message->job)));
+    const bool isDrawn = m_drawer.draw(message->request, target, cancellationOf(message->job));
+    // A scan read from end to end would otherwise stand in each helper's memory as a whole.
+    if (m_document && m_document->bytes().size() > mostFileBytesKept)
+        m_document->forgetWhatWasRead();
+    return append(reply, isDrawn);
 }
 
 bool EngineService::readText(sd_bus_message *call, sd_bus_message *reply)
