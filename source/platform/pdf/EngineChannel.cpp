@@ -10,7 +10,6 @@
 #include <utility>
 
 #include <poll.h>
-#include <sys/ioctl.h>
 #include <systemd/sd-bus.h>
 #include <unistd.h>
 
@@ -64,15 +63,18 @@ bool EngineChannel::connect()
 {
     auto control = SharedMemory::create(sizeof(EngineControl));
     sd_bus *bus = nullptr;
-    const int socket = m_process->takeSocket();
-    if (!control || sd_bus_new(&bus) < 0) {
-        ::close(socket);
+    m_socket = m_process->takeSocket();
+    m_inlet = ChannelInlet::create(m_socket);
+    if (!control || !m_inlet || sd_bus_new(&bus) < 0) {
+        ::close(m_socket);
         return false;
     }
     m_control = *control;
     m_bus.reset(bus);
-    if (sd_bus_set_fd(bus, socket, socket) < 0) {
-        ::close(socket);
+    const int outlet = m_inlet->takeOutlet();
+    if (sd_bus_set_fd(bus, outlet, m_socket) < 0) {
+        ::close(outlet);
+        ::close(m_socket);
         return false;
     }
     if (sd_bus_negotiate_fds(bus, 1) < 0 || sd_bus_set_anonymous(bus, 1) < 0 || sd_bus_start(bus) < 0)
@@ -101,7 +103,8 @@ bool EngineChannel::begin(BusMessage message, Limits limits)
 {
     m_answer.reset();
     m_limits = limits;
-    m_received = 0;
+    if (m_inlet)
+        m_inlet->allow(limits.answerBytes);
     m_elapsed.start();
     m_cpuBefore = m_process ? m_process->cpuMilliseconds() : 0;
     m_call = std::move(message);
@@ -140,28 +143,27 @@ bool EngineChannel::sendWaiting()
 void EngineChannel::pump()
 {
     for (int i = 0; i < mostStepsAtOnce && m_bus && !m_answer; ++i) {
-        if (isFlooded()) {
+        const ChannelInlet::Passed passed = m_inlet->pass();
+        if (passed == ChannelInlet::Passed::TooMuch) {
+            logLine(QStringLiteral("a helper that sends more than its answer is ended"));
             m_answer = Answer{Ending::Died, {}};
             return;
         }
-        const int status = sd_bus_process(m_bus.get(), nullptr);
-        if (status == 0)
+        if (!processPassed() && passed == ChannelInlet::Passed::Nothing)
             return;
-        if ((status < 0 || !sendWaiting()) && !m_answer)
-            m_answer = Answer{deathBefore(), {}};
     }
 }
 
-// Looked at before the library reads, which takes in whatever length a message claims.
-bool EngineChannel::isFlooded()
+// Lets the library read and write. Whether it did.
+bool EngineChannel::processPassed()
 {
-    int waiting = 0;
-    if (::ioctl(sd_bus_get_fd(m_bus.get()), FIONREAD, &waiting) == 0)
-        m_received += waiting;
-    if (m_received <= m_limits.answerBytes)
-        return false;
-    logLine(QStringLiteral("a helper that sends more than its answer is ended"));
-    return true;
+    bool hasProcessed = false;
+    for (int status = 1; status > 0 && !m_answer; hasProcessed |= status > 0) {
+        status = sd_bus_process(m_bus.get(), nullptr);
+        if ((status < 0 || (status > 0 && !sendWaiting())) && !m_answer)
+            m_answer = Answer{deathBefore(), {}};
+    }
+    return hasProcessed;
 }
 
 bool EngineChannel::hasOverrun()
@@ -187,6 +189,7 @@ void EngineChannel::kill()
     m_call.reset();
     m_process.reset();
     m_bus.reset();
+    m_inlet.reset();
 }
 
 // What the end of the connection means.
@@ -194,6 +197,13 @@ EngineChannel::Ending EngineChannel::deathBefore() const
 {
     const auto *control = reinterpret_cast<EngineControl *>(m_control->data());
     return std::atomic_ref<const quint32>(control->isReady).load() != 0 ? Ending::Died : Ending::NotStarted;
+}
+
+void EngineChannel::waitForSocket() const
+{
+    const int wanted = POLLIN | (sd_bus_get_events(m_bus.get()) & POLLOUT);
+    pollfd socket{.fd = m_socket, .events = static_cast<short>(wanted), .revents = 0};
+    (void)::poll(&socket, 1, watchMilliseconds); // after an interruption, the caller looks and waits again
 }
 
 EngineChannel::Answer EngineChannel::call(BusMessage message, Limits limits, const std::atomic<bool> *givenUp)
@@ -208,8 +218,8 @@ EngineChannel::Answer EngineChannel::call(BusMessage message, Limits limits, con
             end(Ending::GivenUp);
         else if (hasOverrun())
             end(Ending::Overran);
-        else if (sd_bus_wait(m_bus.get(), quint64(watchMilliseconds) * 1000) < 0)
-            end(Ending::Died);
+        else
+            waitForSocket();
     }
     m_slot.reset();
     Answer answer = std::move(*std::exchange(m_answer, std::nullopt));
@@ -225,9 +235,8 @@ void EngineChannel::send(BusMessage message, Limits limits, Done done)
         QObject::connect(m_watchdog.get(), &QTimer::timeout, m_watchdog.get(), [this] { watch(); });
     }
     if (!m_readable && m_bus) {
-        const int socket = sd_bus_get_fd(m_bus.get());
-        m_readable.reset(new QSocketNotifier(socket, QSocketNotifier::Read));
-        m_writable.reset(new QSocketNotifier(socket, QSocketNotifier::Write));
+        m_readable.reset(new QSocketNotifier(m_socket, QSocketNotifier::Read));
+        m_writable.reset(new QSocketNotifier(m_socket, QSocketNotifier::Write));
         for (QSocketNotifier *notifier : {m_readable.get(), m_writable.get()})
             QObject::connect(notifier, &QSocketNotifier::activated, notifier, [this] { watch(); });
     }

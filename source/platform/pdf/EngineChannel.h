@@ -2,6 +2,7 @@
 
 #include "platform/core/Result.h"
 #include "platform/core/SharedMemory.h"
+#include "platform/pdf/ChannelInlet.h"
 #include "platform/pdf/EngineMessages.h"
 #include "platform/pdf/EngineProcess.h"
 
@@ -77,7 +78,8 @@ private:
     bool begin(BusMessage message, Limits limits);
     bool sendWaiting();
     void pump();
-    bool isFlooded();
+    bool processPassed();
+    void waitForSocket() const;
     bool hasOverrun();
     void watch();
     void finishSent();
@@ -86,6 +88,8 @@ private:
 
     std::unique_ptr<EngineProcess> m_process;
     std::shared_ptr<SharedMemory> m_control; // an EngineControl
+    int m_socket = -1;                       // to the helper; the bus's
+    std::unique_ptr<ChannelInlet> m_inlet;
     struct BusDeleter
     {
         void operator()(sd_bus *bus) const;
@@ -102,7 +106,6 @@ private:
     Limits m_limits;
     QElapsedTimer m_elapsed;
     qint64 m_cpuBefore = 0;
-    qint64 m_received = 0; // bytes since the job began, counted again where they wait for a second look
     Done m_done;
     // They may be calling when the helper is found dead, so they are destroyed from the event loop.
     struct LaterDeleter
