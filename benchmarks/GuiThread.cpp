@@ -70,14 +70,14 @@ void useDocument(const QString &path, const QString &folder)
     });
     for (const double factor : {3.0, 0.2, 1.0}) {
         QMetaObject::invokeMethod(
-            &view, [&] { view.setScaleFactor(factor); }, Qt::QueuedConnection);
+            &view, [&view, factor] { view.setScaleFactor(factor); }, Qt::QueuedConnection);
         QMetaObject::invokeMethod(
-            &view, [&] { view.verticalScrollBar()->setValue(view.verticalScrollBar()->maximum() / 2); },
+            &view, [&view] { view.verticalScrollBar()->setValue(view.verticalScrollBar()->maximum() / 2); },
             Qt::QueuedConnection);
         pass(patienceMilliseconds / 4, [&] { return view.isContentComplete(); });
     }
     QMetaObject::invokeMethod(
-        &view, [&] { view.flipDocument(); }, Qt::QueuedConnection);
+        &view, [&view] { view.flipDocument(); }, Qt::QueuedConnection);
     pass(200, [] { return false; });
     if (document.canSave())
         stampAndSave(model, view, folder);
