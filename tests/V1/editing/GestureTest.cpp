@@ -66,7 +66,8 @@ TEST_F(GestureFixture, AStampGoesOntoATurnedPageAndKeepsItsLookThere)
     KRStamp &stamp = addStamp(0, start);
     const ViewRect before = view->stampRect(stamp); // 25 x 10 pixels
     std::vector<const PDFPage *> redrawn;
-    QObject::connect(view, &PDFView::pageAppearanceChanged, view,
+    const QObject watcher; // the view tells of its pages to the end
+    QObject::connect(view, &PDFView::pageAppearanceChanged, &watcher,
                      [&](const PDFPage *each) { redrawn.push_back(each); });
     press(leftEndOf(stamp));
     moveBy({10, 230});
