@@ -11,7 +11,10 @@ KRPDFOverlayView::KRPDFOverlayView(QWidget *viewport) : QWidget(viewport)
 
 bool KRPDFOverlayView::eventFilter(QObject *watched, QEvent *event)
 {
-    if (event->type() == QEvent::Resize)
-        setGeometry(static_cast<QWidget *>(watched)->rect());
+    const bool isViewport = watched == parent();
+    if (isViewport && event->type() == QEvent::Resize)
+        setGeometry(parentWidget()->rect());
+    else if (event->type() == (isViewport ? QEvent::Leave : QEvent::Enter))
+        Q_EMIT pointerLeft();
     return QWidget::eventFilter(watched, event);
 }

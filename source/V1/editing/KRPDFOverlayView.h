@@ -15,6 +15,11 @@ public:
     /// y grows downward in this view's space.
     bool isFlipped() const { return true; }
 
+Q_SIGNALS:
+    /// The pointer went from the pages to a scroll bar, out of the view, or onto something whose events this view
+    /// filters (the toolbar).
+    void pointerLeft();
+
 private:
     bool eventFilter(QObject *watched, QEvent *event) override;
 };

@@ -10,12 +10,22 @@
 #include <QMouseEvent>
 #include <QtMath>
 
+#include <algorithm>
+#include <cmath>
+
 using namespace inkory;
 
 namespace
 {
 
 constexpr float longNudge = 10; // page units, with Shift
+
+// The edges with the larger coordinates do not belong to a rectangle.
+ViewPoint nearestPointIn(const ViewRect &rect, const ViewPoint &point)
+{
+    const double inset = std::min({1.0, rect.width / 2, rect.height / 2});
+    return {std::clamp(point.x, rect.x, rect.maxX() - inset), std::clamp(point.y, rect.y, rect.maxY() - inset)};
+}
 
 // What a key does to the selected stamp; false where it does nothing.
 bool handleStampKey(KRPDFView &view, const QKeyEvent &event)
@@ -62,12 +72,13 @@ void KRPDFView::mousePressEvent(QMouseEvent *event)
 
 void KRPDFView::mouseMoveEvent(QMouseEvent *event)
 {
-    m_pointer = ViewPoint{event->position().x(), height() - event->position().y()};
+    const ViewPoint point{event->position().x(), height() - event->position().y()};
+    m_overlays.notePointer(point);
     if (!event->buttons().testFlag(Qt::LeftButton))
         m_interaction.finish(); // the release went elsewhere
     if (event->buttons() == Qt::NoButton)
-        updateHighlightOverlay(*m_pointer);
-    else if (m_interaction.drag(*m_pointer, event->modifiers()) == PointerInteraction::Claim::Claimed)
+        updateHighlightOverlay(point);
+    else if (m_interaction.drag(point, event->modifiers()) == PointerInteraction::Claim::Claimed)
         return;
     PDFView::mouseMoveEvent(event);
 }
@@ -79,24 +90,33 @@ void KRPDFView::mouseReleaseEvent(QMouseEvent *event)
     PDFView::mouseReleaseEvent(event);
 }
 
-void KRPDFView::leaveEvent(QEvent *event)
-{
-    m_pointer.reset();
-    m_overlays.hideHighlight();
-    PDFView::leaveEvent(event);
-}
-
 // A finger on a button of the toolbar is the button's.
 bool KRPDFView::claimsTouch(const ViewPoint &point) const
 {
     if (m_overlays.isToolbarShown() && m_overlays.toolbarRect().contains(point)) {
-        const OverlayRect place = convertRectToOverlay({point.x, point.y, 0, 0});
+        const OverlayPoint place = convertPointToOverlay(point);
         return !m_stampViewToolbar->childAt(
             m_stampViewToolbar->mapFromParent(QPoint(qFloor(place.x), qFloor(place.y))));
     }
-    const bool onSelection =
-        m_selectedStampView && (m_overlays.selectionRect().contains(point) || stampOverlayResizeRect().contains(point));
+    const bool onSelection = m_selectedStampView && m_overlays.selectionRect().contains(point);
     return onSelection || stampViewForPoint(point);
+}
+
+ViewPoint KRPDFView::tapTarget(const ViewPoint &point, double reach) const
+{
+    if (m_currentToolType != ToolTypeSelect || claimsTouch(point) || isOverLink(point))
+        return point;
+    ViewPoint target = point;
+    double nearest = reach;
+    for (const auto &stamp : m_stampViews) {
+        const ViewPoint place = nearestPointIn(stampRect(*stamp), point);
+        const double distance = std::hypot(place.x - point.x, place.y - point.y);
+        if (distance < nearest) {
+            nearest = distance;
+            target = place;
+        }
+    }
+    return target;
 }
 
 bool KRPDFView::event(QEvent *event)
@@ -148,7 +168,7 @@ void KRPDFView::moveSelectedStampViewByX(float dx, float dy)
     stamp.setFrame({before.x + step.x, before.y + step.y, before.width, before.height});
     updateStampViewOverlay();
     forceBoundsForSelectedStampView();
-    scrollToVisible(stamp.frame(), page);
+    scrollToVisible(stamp.frame(), page, 0); // with space the view would jump away under the stamp
     if (stamp.frame() == before)
         return;
     annotationsChangedOnPage(page);

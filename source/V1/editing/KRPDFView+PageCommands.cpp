@@ -1,4 +1,4 @@
-// The page commands of the editing view: zoom to fit, turning a page, turning the whole document, printing.
+// The page commands of the editing view: turning a page, turning the whole document, printing.
 
 #include "V1/editing/KRPDFView.h"
 
@@ -6,47 +6,9 @@
 #include "platform/pdf/PrintOperation.h"
 #include "platform/widgets/PrintJob.h"
 
-#include <algorithm>
 #include <cmath>
 
 using namespace inkory;
-
-namespace
-{
-
-// What is left free around a page that is fitted into the view.
-constexpr double fitMargin = 0.95;
-
-float fittingFactor(double viewLength, double pageLength)
-{
-    return static_cast<float>(viewLength / pageLength * fitMargin);
-}
-
-} // namespace
-
-void KRPDFView::zoomActualSize()
-{
-    setScaleFactor(1.0);
-}
-
-void KRPDFView::fitPageWidth()
-{
-    const PDFPage *page = currentPage();
-    const PageRect media = page ? page->boundsForBox(DisplayBox::MediaBox) : PageRect{};
-    if (!media.isEmpty())
-        setScaleFactor(static_cast<double>(fittingFactor(viewBounds().width, media.width)));
-}
-
-void KRPDFView::fitPageSize()
-{
-    const PDFPage *page = currentPage();
-    const PageRect media = page ? page->boundsForBox(DisplayBox::MediaBox) : PageRect{};
-    if (media.isEmpty())
-        return;
-    const float factor =
-        std::min(fittingFactor(viewBounds().width, media.width), fittingFactor(viewBounds().height, media.height));
-    setScaleFactor(static_cast<double>(factor));
-}
 
 void KRPDFView::rotateCurrentPageClockwise()
 {

@@ -5,6 +5,7 @@
 #include "V1/stamps/KRImageStamp.h"
 #include "V1/stamps/KRPDFPage.h"
 #include "platform/core/LocalizedStrings.h"
+#include "platform/core/NotificationCenter.h"
 #include "platform/pdf/PDFDocument.h"
 
 #include <algorithm>
@@ -83,8 +84,7 @@ void KRPDFView::setCurrentToolType(ToolType tool)
     if (tool == ToolTypeImageStamp || tool == ToolTypeTextStamp)
         setSelectedStampView(nullptr);
     m_currentToolType = tool;
-    if (m_pointer)
-        updateCurrentCursor(*m_pointer);
+    m_overlays.followPointer();
 }
 
 void KRPDFView::updateCurrentCursor(const ViewPoint &point)
@@ -117,7 +117,7 @@ void KRPDFView::addStampView(const std::shared_ptr<KRStamp> &stamp)
         this, stampViewNeedsRefreshNotification, stamp.get(),
         [this, changed = std::weak_ptr(stamp)](const Notification &notification) {
             if (const auto alive = changed.lock())
-                stampViewNeedsRefresh(*alive, notification);
+                stampViewNeedsRefresh(*alive, notification.userInfo);
         });
     annotationsChangedOnPage(stamp->pdfPage());
 }
@@ -169,11 +169,11 @@ void KRPDFView::rotateSelectedStampCounterClockwise()
     annotationsChangedOnPage(m_selectedStampView->pdfPage());
 }
 
-void KRPDFView::stampViewNeedsRefresh(const KRStamp &stamp, const Notification &notification)
+void KRPDFView::stampViewNeedsRefresh(const KRStamp &stamp, const QVariantMap &userInfo)
 {
     setNeedsDisplayInRect(stampRect(stamp));
-    if (!notification.userInfo.isEmpty()) {
-        const auto former = notification.userInfo.value(QStringLiteral("frame")).value<PageRect>();
+    if (!userInfo.isEmpty()) {
+        const auto former = userInfo.value(QStringLiteral("frame")).value<PageRect>();
         setNeedsDisplayInRect(convertRectFromPage(former, stamp.pdfPage()));
     }
     updateStampViewOverlay();
@@ -183,8 +183,7 @@ void KRPDFView::stampViewNeedsRefresh(const KRStamp &stamp, const Notification &
 void KRPDFView::viewWillDraw()
 {
     updateStampViewOverlay();
-    if (m_pointer)
-        updateHighlightOverlay(*m_pointer);
+    m_overlays.followPointer();
     PDFView::viewWillDraw();
 }
 

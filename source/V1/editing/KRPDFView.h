@@ -6,7 +6,6 @@
 #include "V1/editing/ToolType.h"
 #include "V1/stamps/StampHost.h"
 #include "platform/core/Image.h"
-#include "platform/core/NotificationCenter.h"
 #include "platform/core/UndoManager.h"
 #include "platform/pdf/PrintInfo.h"
 #include "platform/widgets/PDFView.h"
@@ -15,10 +14,7 @@
 #include <QPointer>
 
 #include <memory>
-#include <optional>
 #include <vector>
-
-class KRStamp;
 
 /// Posted with the view as object after it placed a stamp.
 inline const QString pdfViewAddedImageStampNotification = QStringLiteral("PDF_VIEW_ADDED_IMAGE_STAMP");
@@ -92,9 +88,6 @@ public:
     void moveLeft(float units = 1) { moveSelectedStampViewByX(-units, 0); }
     void moveRight(float units = 1) { moveSelectedStampViewByX(units, 0); }
 
-    void zoomActualSize();
-    void fitPageWidth();
-    void fitPageSize();
     void rotateCurrentPageClockwise();
     void rotateCurrentPageCounterClockwise();
     /// Degrees clockwise, with undo; 0 does nothing.
@@ -127,20 +120,20 @@ Q_SIGNALS:
 protected:
     void viewWillDraw() override;
     bool claimsTouch(const inkory::ViewPoint &point) const override;
+    inkory::ViewPoint tapTarget(const inkory::ViewPoint &point, double reach) const override;
     bool event(QEvent *event) override;
     bool viewportEvent(QEvent *event) override;
     void mousePressEvent(QMouseEvent *event) override;
     void mouseDoubleClickEvent(QMouseEvent *event) override;
     void mouseReleaseEvent(QMouseEvent *event) override;
     void mouseMoveEvent(QMouseEvent *event) override;
-    void leaveEvent(QEvent *event) override;
     void keyPressEvent(QKeyEvent *event) override;
 
 private:
     /// Undo of a page's turning: {"page", "angle" in degrees}.
     void rotateCurrentPageByAngleObject(const QVariantMap &step);
     void rotatePageByAngle(inkory::PDFPage &page, double angle);
-    void stampViewNeedsRefresh(const KRStamp &stamp, const inkory::Notification &notification);
+    void stampViewNeedsRefresh(const KRStamp &stamp, const QVariantMap &userInfo);
     void registerUndo(const QString &operation, const QVariant &argument, const char *actionName);
 
     QPointer<inkory::UndoManager> m_undoManager;
@@ -151,7 +144,6 @@ private:
     std::shared_ptr<KRStamp> m_selectedStampView;
     inkory::ImagePtr m_stampImage;
     ToolType m_currentToolType = ToolTypeSelect;
-    std::optional<inkory::ViewPoint> m_pointer; // none while the pointer is elsewhere
     OverlayTracking m_overlays;
     PointerInteraction m_interaction{*this, m_overlays};
 };

@@ -66,8 +66,11 @@ void OverlayTracking::setUp()
     m_highlightedViewOverlay->hide();
     m_stampViewOverlay = new StampViewOverlay(m_clipView);
     m_stampViewOverlay->hide();
+    QObject::connect(m_clipView, &KRPDFOverlayView::pointerLeft, &m_connected, [this] { forgetPointer(); });
     if (StampViewToolbar *toolbar = m_view.stampViewToolbar()) {
         toolbar->setParent(m_clipView);
+        toolbar->setCursor(Qt::ArrowCursor);
+        toolbar->installEventFilter(m_clipView);
         toolbar->hide();
     }
 }
@@ -144,6 +147,23 @@ void OverlayTracking::updateHighlightOverlay(const ViewPoint &point)
     }
 }
 
+void OverlayTracking::notePointer(const ViewPoint &point)
+{
+    m_pointer = m_view.convertPointToOverlay(point);
+}
+
+void OverlayTracking::followPointer()
+{
+    if (m_pointer)
+        updateHighlightOverlay(m_view.convertPointFromOverlay(*m_pointer));
+}
+
+void OverlayTracking::forgetPointer()
+{
+    m_pointer.reset();
+    hideHighlight();
+}
+
 void OverlayTracking::hideHighlight()
 {
     if (m_highlightedViewOverlay)
@@ -152,9 +172,7 @@ void OverlayTracking::hideHighlight()
 
 OverlayTracking::CursorKind OverlayTracking::cursorFor(const ViewPoint &point, const KRStamp *stampAtPoint) const
 {
-    const bool onHandle =
-        m_view.selectedStampView() && m_stampViewOverlay->resizable() && stampOverlayResizeRect().contains(point);
-    if (m_view.isResizing() || onHandle)
+    if (m_view.isResizing() || isOnHandle(point))
         return CursorKind::Resize;
     if (stampAtPoint || toolbarRect().contains(point) || !m_view.visibleRect().contains(point))
         return CursorKind::Arrow;
@@ -215,6 +233,12 @@ ViewRect OverlayTracking::stampOverlayResizeRect() const
     const ViewRect overlay = selectionRect();
     const QSizeF handle = resizeCursorSize();
     return {overlay.maxX() - handle.width(), overlay.y, handle.width(), handle.height()};
+}
+
+bool OverlayTracking::isOnHandle(const ViewPoint &point) const
+{
+    return m_view.selectedStampView() && m_stampViewOverlay && m_stampViewOverlay->resizable() &&
+           stampOverlayResizeRect().contains(point) && selectionRect().contains(point);
 }
 
 ViewRect OverlayTracking::toolbarRect() const

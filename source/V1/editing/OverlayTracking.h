@@ -3,7 +3,10 @@
 #include "platform/core/Geometry.h"
 
 #include <QCursor>
+#include <QObject>
 #include <QSizeF>
+
+#include <optional>
 
 class KRPDFOverlayView;
 class KRPDFView;
@@ -13,8 +16,8 @@ class StampViewToolbar;
 
 /// Keeps what lies over the pages in step with the selection and the pointer: the selection overlay, the hover
 /// highlight, the stamp toolbar and the cursor. A part of the editing view, which asks for an update after nearly every
-/// change. Nothing here has a state that matters: every update works everything out anew, and setters that change
-/// nothing do nothing.
+/// change. Nothing here has a state that matters but where the pointer is: every update works everything out anew, and
+/// setters that change nothing do nothing.
 class OverlayTracking
 {
 public:
@@ -26,12 +29,19 @@ public:
     void updateStampViewOverlay();
     void updateHighlightOverlay(const inkory::ViewPoint &point);
     void updateCurrentCursor(const inkory::ViewPoint &point, const KRStamp *stampAtPoint);
+    /// The pointer came to this point of the pages.
+    void notePointer(const inkory::ViewPoint &point);
+    /// Highlight and cursor for where the pointer was noted last; nothing while it is elsewhere.
+    void followPointer();
     void setArrowCursor() { setCursor(CursorKind::Arrow); }
     void hideHighlight();
 
     /// The resize handle in view space: the lower right corner of the selection overlay, as large as the resize
     /// cursor's image, whether or not the overlay is shown.
     inkory::ViewRect stampOverlayResizeRect() const;
+    /// Whether a press at the point takes the resize handle: of a selected stamp that can be resized, and only where
+    /// the handle does not reach beyond a small stamp.
+    bool isOnHandle(const inkory::ViewPoint &point) const;
     /// The selection overlay's frame in view space.
     inkory::ViewRect selectionRect() const;
     /// The toolbar's frame in view space, whether or not it is shown; empty without a toolbar.
@@ -57,6 +67,7 @@ private:
     CursorKind cursorFor(const inkory::ViewPoint &point, const KRStamp *stampAtPoint) const;
     CursorKind cursorOverPages(const inkory::ViewPoint &point) const;
     void setCursor(CursorKind kind);
+    void forgetPointer();
 
     // The widgets are children of the view's viewport and live as long as it does.
     KRPDFView &m_view;
@@ -64,4 +75,6 @@ private:
     StampViewOverlay *m_stampViewOverlay = nullptr;
     StampViewOverlay *m_highlightedViewOverlay = nullptr;
     CursorKind m_cursor = CursorKind::None;
+    std::optional<inkory::OverlayPoint> m_pointer; // none while the pointer is elsewhere
+    QObject m_connected;                           // what the container tells ends with this
 };

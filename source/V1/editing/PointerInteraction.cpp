@@ -1,32 +1,19 @@
 #include "V1/editing/PointerInteraction.h"
 
-#include "V1/editing/EdgeScroll.h"
 #include "V1/editing/KRPDFView.h"
 #include "V1/stamps/KRPDFPage.h"
 
-#include <QScrollBar>
-
-#include <chrono>
 #include <cmath>
 #include <utility>
 
 using namespace inkory;
 
-namespace
+PointerInteraction::PointerInteraction(KRPDFView &view, OverlayTracking &overlays)
+    : m_view(view), m_overlays(overlays), m_edgeScroll(view)
 {
-
-constexpr std::chrono::milliseconds scrollInterval{16};
-
-} // namespace
-
-PointerInteraction::PointerInteraction(KRPDFView &view, OverlayTracking &overlays) : m_view(view), m_overlays(overlays)
-{
-    m_scrollTimer.setInterval(scrollInterval);
-    QObject::connect(&m_scrollTimer, &QTimer::timeout, &m_scrollTimer, [this] { scrollAtEdge(); });
-    // The timer is also the context of these connections: they end with it.
-    QObject::connect(&view, &PDFView::contentViewBoundsChanged, &m_scrollTimer, [this] { followPages(); });
-    QObject::connect(&view, &PDFView::scaleFactorWillChange, &m_scrollTimer, [this] { m_isZooming = true; });
-    QObject::connect(&view, &PDFView::scaleFactorChanged, &m_scrollTimer, [this] {
+    QObject::connect(&view, &PDFView::contentViewBoundsChanged, &m_connected, [this] { followPages(); });
+    QObject::connect(&view, &PDFView::scaleFactorWillChange, &m_connected, [this] { m_isZooming = true; });
+    QObject::connect(&view, &PDFView::scaleFactorChanged, &m_connected, [this] {
         m_isZooming = false;
         followPages();
     });
@@ -43,8 +30,8 @@ PointerInteraction::Claim PointerInteraction::press(const ViewPoint &point)
     m_press.reset();
     m_overlays.hideHighlight();
     Press press;
-    press.start = point;
-    press.lastDragLocation = point;
+    press.start = m_view.convertPointToOverlay(point);
+    press.lastDragLocation = press.start;
     std::shared_ptr<KRStamp> hit = m_view.stampViewForPoint(point);
     const ToolType tool = m_view.currentToolType();
     const bool isKnownTool = tool >= ToolTypeSelect && tool <= ToolTypeTextStamp;
@@ -52,10 +39,10 @@ PointerInteraction::Claim PointerInteraction::press(const ViewPoint &point)
     if (!hit && tool == ToolTypeImageStamp) { // does not ask for the toolbar
         placeStamp(point);
     } else if (hit || isKnownTool || m_overlays.toolbarRect().contains(point)) {
-        hit = grab(hit, press);
+        hit = grab(hit, press, point);
         m_view.setSelectedStampView(hit);
         if (hit) {
-            press.resizing = m_view.stampOverlayResizeRect().contains(point) && hit->stampType() != StampTypeText;
+            press.resizing = m_overlays.isOnHandle(point);
             press.grip = m_view.convertPointToPage(point, hit->pdfPage());
             press.before = hit->placement();
         } else {
@@ -73,16 +60,16 @@ void PointerInteraction::placeStamp(const ViewPoint &point)
 }
 
 // Which stamp the press takes: the one under it, or the selected one by its overlay or by the toolbar's background.
-std::shared_ptr<KRStamp> PointerInteraction::grab(std::shared_ptr<KRStamp> hit, Press &press)
+std::shared_ptr<KRStamp> PointerInteraction::grab(std::shared_ptr<KRStamp> hit, Press &press, const ViewPoint &point)
 {
     KRStamp *selected = m_view.selectedStampView();
     if (!selected || selected->stampMode() != StampModeEditing) {
-        if (!hit && selected && m_overlays.selectionRect().contains(press.start))
+        if (!hit && selected && m_overlays.selectionRect().contains(point))
             hit = selected->shared_from_this();
         press.mouseDownInStampView = hit != nullptr;
     }
     if (!press.mouseDownInStampView && selected && m_overlays.isToolbarShown() &&
-        m_overlays.toolbarRect().contains(press.start)) {
+        m_overlays.toolbarRect().contains(point)) {
         press.mouseDownInStampView = true;
         selected->setStampMode(StampModeNormal);
         hit = selected->shared_from_this();
@@ -102,10 +89,7 @@ PointerInteraction::Claim PointerInteraction::drag(const ViewPoint &point, Qt::K
         return Claim::HandedOn;
     m_press->modifiers = modifiers;
     dragTo(point);
-    if (edgeStep().isNull())
-        m_scrollTimer.stop();
-    else if (!m_scrollTimer.isActive())
-        m_scrollTimer.start();
+    m_edgeScroll.follow(m_press->start, m_press->lastDragLocation);
     return Claim::Claimed;
 }
 
@@ -114,14 +98,17 @@ void PointerInteraction::dragTo(const ViewPoint &point)
     KRStamp &stamp = *m_view.selectedStampView();
     m_view.setNeedsDisplayInRect(m_view.stampRect(stamp));
     stamp.setStampMode(StampModeDragging);
-    const PointerStep step{m_press->lastDragLocation, point};
+    const OverlayPoint place = m_view.convertPointToOverlay(point);
+    // Both on the same way, so that a pointer that rests makes no step at all.
+    const PointerStep step{m_view.convertPointFromOverlay(m_press->lastDragLocation),
+                           m_view.convertPointFromOverlay(place)};
     if (m_press->resizing) {
         m_view.updateCurrentCursor(point);
         resizeStep(stamp, step);
     } else {
         moveStep(stamp, step);
     }
-    m_press->lastDragLocation = point;
+    m_press->lastDragLocation = place;
     m_press->grip = m_view.convertPointToPage(point, stamp.pdfPage());
     m_view.updateStampViewOverlay();
     m_view.setNeedsDisplayInRect(m_view.stampRect(stamp));
@@ -150,11 +137,22 @@ void PointerInteraction::moveToPage(KRStamp &stamp, KRPDFPage &page)
     const PageInView to = pageInView(&page);
     if (isOddTurn(from.rotation, to.rotation))
         stamp.rotateFrame();
+    if (!isOddTurn(pageInView(m_press->before.page).rotation, to.rotation))
+        restoreTrackingPoint(stamp);
     const PageRect frame = frameOnOtherPage(stamp.frame(), from, to);
     m_view.annotationsChangedOnPage(&page);
     m_view.annotationsChangedOnPage(stamp.pdfPage());
     stamp.setPdfPage(&page);
     stamp.setFrame(frame);
+}
+
+// Turned back, the stamp is as the press found it: so is where undoing leads.
+void PointerInteraction::restoreTrackingPoint(KRStamp &stamp) const
+{
+    KRStamp::Placement placement = stamp.placement();
+    placement.lastPage = m_press->before.lastPage;
+    placement.lastFrame = m_press->before.lastFrame;
+    stamp.restorePlacement(placement);
 }
 
 void PointerInteraction::release()
@@ -173,7 +171,7 @@ void PointerInteraction::finish()
 
 void PointerInteraction::settle()
 {
-    m_scrollTimer.stop();
+    m_edgeScroll.stop();
     const bool wasResizing = std::exchange(m_press->resizing, false);
     KRStamp *stamp = m_view.selectedStampView();
     if (!stamp)
@@ -192,7 +190,7 @@ void PointerInteraction::cancel()
 {
     if (!isHolding())
         return;
-    m_scrollTimer.stop();
+    m_edgeScroll.stop();
     m_press->isOver = true;
     m_press->resizing = false;
     KRStamp &stamp = *m_view.selectedStampView();
@@ -204,40 +202,17 @@ void PointerInteraction::cancel()
     m_view.updateStampViewOverlay();
 }
 
-QPoint PointerInteraction::edgeStep() const
-{
-    return edgeScrollStep(m_view.visibleRect(), m_press->start, m_press->lastDragLocation);
-}
-
-void PointerInteraction::scrollAtEdge()
-{
-    if (!isHolding()) {
-        m_scrollTimer.stop();
-        return;
-    }
-    const QPoint step = edgeStep();
-    const auto scroll = [](QScrollBar *bar, int pixels) {
-        const int before = bar->value();
-        bar->setValue(before + pixels);
-        return bar->value() != before;
-    };
-    const bool scrolledAcross = scroll(m_view.horizontalScrollBar(), step.x());
-    const bool scrolledAlong = scroll(m_view.verticalScrollBar(), step.y());
-    if (!scrolledAcross && !scrolledAlong)
-        m_scrollTimer.stop();
-}
-
 // The pages moved under the pointer, by whatever means: what is held stays under it.
 void PointerInteraction::followPages()
 {
     if (!isHolding() || m_isZooming)
         return;
-    const ViewPoint pointer = m_press->lastDragLocation;
+    const ViewPoint pointer = m_view.convertPointFromOverlay(m_press->lastDragLocation);
     const ViewPoint grip = m_view.convertPointFromPage(m_press->grip, m_view.selectedStampView()->pdfPage());
     constexpr double leastMovement = 0.5; // pages move by whole pixels; the rest is rounding
     if (std::abs(grip.x - pointer.x) < leastMovement && std::abs(grip.y - pointer.y) < leastMovement)
         return;
-    m_press->lastDragLocation = grip;
+    m_press->lastDragLocation = m_view.convertPointToOverlay(grip);
     dragTo(pointer);
 }
 

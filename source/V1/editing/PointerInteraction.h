@@ -3,8 +3,9 @@
 #include "V1/editing/StampDrag.h"
 #include "V1/stamps/KRStamp.h"
 #include "platform/core/Geometry.h"
+#include "platform/widgets/EdgeScroll.h"
 
-#include <QTimer>
+#include <QObject>
 
 #include <memory>
 #include <optional>
@@ -39,28 +40,28 @@ public:
     bool isResizing() const { return m_press && m_press->resizing; }
 
 private:
-    /// From a press to its release.
+    /// From a press to its release. The pointer's places are in the space that stays where it is on the screen when the
+    /// view becomes lower.
     struct Press
     {
         bool mouseDownInStampView = false; ///< Its drags move or resize the selected stamp.
         bool resizing = false;             ///< It began on the resize handle.
         bool isOver = false;               ///< Finished or cancelled before its release.
         Qt::KeyboardModifiers modifiers;   ///< Of the last drag.
-        inkory::ViewPoint start;
-        inkory::ViewPoint lastDragLocation;
+        inkory::OverlayPoint start;
+        inkory::OverlayPoint lastDragLocation;
         inkory::PagePoint grip;    ///< lastDragLocation on the held stamp's page.
         KRStamp::Placement before; ///< Of the held stamp, at the press.
     };
 
     void placeStamp(const inkory::ViewPoint &point);
-    std::shared_ptr<KRStamp> grab(std::shared_ptr<KRStamp> hit, Press &press);
+    std::shared_ptr<KRStamp> grab(std::shared_ptr<KRStamp> hit, Press &press, const inkory::ViewPoint &point);
     void dragTo(const inkory::ViewPoint &point);
     void resizeStep(KRStamp &stamp, const PointerStep &step);
     void moveStep(KRStamp &stamp, const PointerStep &step);
     void moveToPage(KRStamp &stamp, KRPDFPage &page);
+    void restoreTrackingPoint(KRStamp &stamp) const;
     void settle();
-    QPoint edgeStep() const;
-    void scrollAtEdge();
     void followPages();
     PageInView pageInView(const KRPDFPage *page) const;
 
@@ -68,5 +69,6 @@ private:
     OverlayTracking &m_overlays;
     std::optional<Press> m_press;
     bool m_isZooming = false;
-    QTimer m_scrollTimer;
+    inkory::EdgeScroll m_edgeScroll;
+    QObject m_connected; // what the view tells ends with this
 };

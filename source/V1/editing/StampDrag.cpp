@@ -33,7 +33,7 @@ PageRect movedFrame(const PageRect &frame, const PageInView &page, const Pointer
 PageRect resizedFrame(const PageRect &frame, const PageInView &page, const PointerStep &step, Proportions proportions)
 {
     const auto [x, y, w, h] = page.rectToView(frame);
-    if (w <= 0 || h <= 0)
+    if (w <= 0 || h <= 0 || step.from == step.to)
         return frame;
     double dx = rounded(step.to.x - step.from.x);
     double dy = rounded(step.to.y - step.from.y);

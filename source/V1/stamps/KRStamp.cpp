@@ -41,12 +41,22 @@ void KRStamp::setStampMode(StampMode mode)
 {
     if (mode == m_stampMode)
         return;
-    if (mode == StampModeSelected && m_pdfPage) {
-        const auto self = shared_from_this();
-        m_pdfPage->removeStamp(this);
-        m_pdfPage->addStamp(self);
-    }
+    if (mode == StampModeSelected && m_pdfPage)
+        moveToTop(*m_pdfPage);
     m_stampMode = mode;
+}
+
+// The order of a page's stamps is saved, but choosing one of them is no step that a person would want to undo.
+void KRStamp::moveToTop(KRPDFPage &page)
+{
+    if (!page.stamps().empty() && page.stamps().back().get() == this)
+        return;
+    const auto self = shared_from_this();
+    page.removeStamp(this);
+    page.addStamp(self);
+    if (UndoManager *undoManager = m_pdfView ? m_pdfView->undoManager() : nullptr)
+        undoManager->noteChangeWithoutStep();
+    postNeedsRefresh();
 }
 
 StampType KRStamp::stampType() const

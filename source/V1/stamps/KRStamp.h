@@ -22,7 +22,8 @@ enum StampType : std::int32_t {
 enum StampMode : std::int32_t {
     StampModeNone = 0,     ///< New, before the view first sets a mode.
     StampModeNormal = 1,   ///< Placed, not selected.
-    StampModeSelected = 2, ///< The view's selected stamp. Entering this mode puts the stamp on top of its page.
+    StampModeSelected = 2, ///< The view's selected stamp. Entering this mode puts the stamp on top of its page; where
+                           ///< that changes the order, it is a change without an undo step.
     StampModeDragging = 3, ///< Being moved or resized with the pointer.
     StampModeEditing = 4,  ///< A text stamp whose text is being edited in place.
 };
@@ -115,6 +116,7 @@ protected:
     inkory::StampHost *pdfView() const { return m_pdfView; }
 
 private:
+    void moveToTop(KRPDFPage &page);
     void rotateWithObject(int quarterTurns);
     void updateFrameAndPage(const QVariantMap &former);
     void registerUndo(const QString &operation, const QVariant &argument, const char *actionName);

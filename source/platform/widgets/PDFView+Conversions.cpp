@@ -126,6 +126,16 @@ ViewRect PDFView::convertRectFromOverlay(const OverlayRect &rect) const
     return {rect.x, height() - rect.maxY(), rect.width, rect.height};
 }
 
+OverlayPoint PDFView::convertPointToOverlay(const ViewPoint &point) const
+{
+    return {point.x, height() - point.y};
+}
+
+ViewPoint PDFView::convertPointFromOverlay(const OverlayPoint &point) const
+{
+    return {point.x, height() - point.y};
+}
+
 ViewPoint PDFView::convertPointFromWindow(const WindowPoint &point) const
 {
     const QPointF local = mapFrom(window(), QPointF(point.x, point.y));

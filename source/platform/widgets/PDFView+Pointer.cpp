@@ -9,7 +9,6 @@
 #include <QApplication>
 #include <QHelpEvent>
 #include <QMouseEvent>
-#include <QScrollBar>
 #include <QToolTip>
 
 #include <algorithm>
@@ -22,8 +21,6 @@ namespace inkory
 namespace
 {
 
-constexpr double slowestEdgeScroll = 4; // pixels at a time
-constexpr double fastestEdgeScroll = 60;
 // After how many characters an address may go on in the next line of its tool tip.
 constexpr qsizetype lineOfAddress = 60;
 constexpr char16_t mayBreak = 0x200B;
@@ -33,18 +30,9 @@ bool isFollowed(const PageLink &link)
     return link.destination || isLinkAddress(link.address);
 }
 
-double distance(const ViewPoint &a, const ViewPoint &b)
+template <class Point> double distance(const Point &a, const Point &b)
 {
     return std::abs(a.x - b.x) + std::abs(a.y - b.y);
-}
-
-// How far to scroll for a pointer at `place`, of a view that reaches from 0 to `length`.
-int edgeStep(double place, double length)
-{
-    const double beyond = place < 0 ? place : std::max(0.0, place - length);
-    if (beyond == 0)
-        return 0;
-    return qRound(std::copysign(std::clamp(std::abs(beyond), slowestEdgeScroll, fastestEdgeScroll), beyond));
 }
 
 QString addressForToolTip(const QString &address)
@@ -118,7 +106,8 @@ void PDFView::mousePressEvent(QMouseEvent *event)
     const ViewPoint point{event->position().x(), height() - event->position().y()};
     const bool extends = event->modifiers().testFlag(Qt::ShiftModifier);
     const TextSelection::Unit unit = unitOfPress(point, event->type() == QEvent::MouseButtonDblClick);
-    m_reading->press = Reading::Press{point, point, {}, false};
+    const OverlayPoint place = convertPointToOverlay(point);
+    m_reading->press = Reading::Press{place, place, {}, false};
     if (const PageLink *link = linkAt(point); link && !extends && unit == TextSelection::Unit::Character)
         m_reading->press->link = *link;
     if (extends)
@@ -157,17 +146,14 @@ void PDFView::mouseMoveEvent(QMouseEvent *event)
         return;
     }
     Reading::Press &press = *m_reading->press;
-    press.last = {event->position().x(), height() - event->position().y()};
+    press.last = {event->position().x(), event->position().y()};
     event->accept();
     if (press.link && distance(press.start, press.last) < QApplication::startDragDistance())
         return;
     press.link.reset();
     press.isSelecting = true;
-    selectTo(press.last);
-    if (viewport()->rect().contains(event->position().toPoint()))
-        m_reading->edgeTimer.stop();
-    else if (!m_reading->edgeTimer.isActive())
-        m_reading->edgeTimer.start();
+    selectTo(convertPointFromOverlay(press.last));
+    m_reading->edgeScroll.follow(press.start, press.last); // the selection goes along: contentViewBoundsChanged()
 }
 
 void PDFView::mouseReleaseEvent(QMouseEvent *event)
@@ -186,7 +172,7 @@ void PDFView::mouseReleaseEvent(QMouseEvent *event)
 void PDFView::endPress()
 {
     m_reading->press.reset();
-    m_reading->edgeTimer.stop();
+    m_reading->edgeScroll.stop();
     m_reading->selecting.finish();
 }
 
@@ -203,18 +189,6 @@ void PDFView::selectTo(const ViewPoint &point)
     const ViewRect shown = visibleRect();
     m_reading->selecting.moveTo(
         spotAt({std::clamp(point.x, shown.x, shown.maxX()), std::clamp(point.y, shown.y, shown.maxY())}));
-}
-
-// The selection follows the pages: see contentViewBoundsChanged().
-void PDFView::scrollWhileSelecting()
-{
-    if (!m_reading->press)
-        return;
-    const ViewPoint pointer = m_reading->press->last;
-    QScrollBar *horizontal = horizontalScrollBar();
-    QScrollBar *vertical = verticalScrollBar();
-    horizontal->setValue(horizontal->value() + edgeStep(pointer.x, viewport()->width()));
-    vertical->setValue(vertical->value() + edgeStep(height() - pointer.y, viewport()->height()));
 }
 
 } // namespace inkory

@@ -19,7 +19,6 @@ namespace
 constexpr int fetchDelayMilliseconds = 60;
 // How many pages before and after the visible ones stay known.
 constexpr int pagesKeptAround = 4;
-constexpr int edgeScrollMilliseconds = 30;
 // How far a mark reaches beyond the view so that its edge is not seen there.
 constexpr int edgeOfMark = 4;
 
@@ -49,7 +48,7 @@ bool areSame(const PDFView::Place &a, const PDFView::Place &b)
 
 } // namespace
 
-PDFView::Reading::Reading(const PDFView &view)
+PDFView::Reading::Reading(PDFView &view)
     : texts([&view] { return view.m_document ? view.m_document->pageSource() : nullptr; }),
       selecting(
           texts,
@@ -60,18 +59,17 @@ PDFView::Reading::Reading(const PDFView &view)
           [&view](int place) {
               const PDFPage *page = view.m_document ? view.m_document->pageAtIndex(place) : nullptr;
               return page ? page->sourceIndex() : -1;
-          })
+          }),
+      edgeScroll(view)
 {
     fetchTimer.setSingleShot(true);
     fetchTimer.setInterval(fetchDelayMilliseconds);
-    edgeTimer.setInterval(edgeScrollMilliseconds);
 }
 
 void PDFView::setUpReading()
 {
     m_reading = std::make_unique<Reading>(*this);
     connect(&m_reading->fetchTimer, &QTimer::timeout, this, &PDFView::fetchTexts);
-    connect(&m_reading->edgeTimer, &QTimer::timeout, this, &PDFView::scrollWhileSelecting);
     connect(&m_reading->selecting, &TextSelecting::changed, this, [this] {
         viewport()->update();
         Q_EMIT textSelectionChanged();
@@ -89,14 +87,14 @@ void PDFView::setUpReading()
     });
     connect(this, &PDFView::contentViewBoundsChanged, this, [this] {
         if (m_reading->press && m_reading->press->isSelecting)
-            selectTo(m_reading->press->last);
+            selectTo(convertPointFromOverlay(m_reading->press->last));
     });
 }
 
 void PDFView::forgetReading()
 {
     m_reading->press.reset();
-    m_reading->edgeTimer.stop();
+    m_reading->edgeScroll.stop();
     m_reading->selecting.clear();
     m_reading->texts.clear();
     m_reading->marks = {};

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "platform/widgets/EdgeScroll.h"
 #include "platform/widgets/FindMarks.h"
 #include "platform/widgets/NavigationHistory.h"
 #include "platform/widgets/PDFView.h"
@@ -20,13 +21,13 @@ struct PDFView::Reading
     /// The left button is held.
     struct Press
     {
-        ViewPoint start;
-        ViewPoint last;
+        OverlayPoint start;
+        OverlayPoint last;
         std::optional<PageLink> link; // to be followed, unless the pointer is dragged
         bool isSelecting = false;     // the pointer was dragged
     };
 
-    explicit Reading(const PDFView &view);
+    explicit Reading(PDFView &view);
 
     PageTexts texts;
     TextSelecting selecting;
@@ -36,7 +37,7 @@ struct PDFView::Reading
     ViewPoint doubleClickPlace;
     QElapsedTimer sinceDoubleClick;
     QTimer fetchTimer;                            // runs when visible pages have not been read
-    QTimer edgeTimer;                             // runs while a selecting pointer is beyond the view's edge
+    EdgeScroll edgeScroll;                        // while a pointer selects
     std::unordered_map<int, int> placesOfSources; // checked before use: pages are exchanged without notice
 };
 

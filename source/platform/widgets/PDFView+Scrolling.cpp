@@ -26,18 +26,19 @@ constexpr int unitsPerNotch = 120;
 constexpr int glideMilliseconds = 120;
 // Scroll bars count in int, and add their numbers up.
 constexpr double mostBarSteps = 1e9;
-// What is left free around something that is scrolled into the view.
-constexpr double spaceAround = 24;
 
-// The smallest distance to scroll that brings a stretch into view; of one too long for that, its start.
-double distanceToShow(double start, double end, double shown)
+// The smallest distance to scroll until a stretch is in view, or the view is full of it; to its start where nothing of
+// it is seen and it is too long.
+double distanceToShow(double start, double end, double shown, double mostSpace)
 {
-    if (start >= 0 && end <= shown)
+    const bool isTooLong = end - start > shown;
+    const bool isInView = isTooLong ? start <= 0 && end >= shown : start >= 0 && end <= shown;
+    if (isInView)
         return 0;
-    const double space = std::clamp((shown - (end - start)) / 2, 0.0, spaceAround);
-    if (start < 0 || end - start > shown)
-        return start - space;
-    return std::min(start - space, end + space - shown);
+    if (isTooLong)
+        return start > 0 || end <= 0 ? start : end - shown;
+    const double space = std::min((shown - (end - start)) / 2, mostSpace);
+    return start < 0 ? start - space : end + space - shown;
 }
 
 } // namespace
@@ -195,7 +196,7 @@ void PDFView::goToPlace(const Place &place)
         scrollTo(pointInDocument(place));
 }
 
-void PDFView::scrollToVisible(const PageRect &rect, const PDFPage *page)
+void PDFView::scrollToVisible(const PageRect &rect, const PDFPage *page, double space)
 {
     const int index = m_document ? m_document->indexForPage(page) : -1;
     if (index < 0 || index >= m_layout.pageCount())
@@ -203,8 +204,8 @@ void PDFView::scrollToVisible(const PageRect &rect, const PDFPage *page)
     const ViewRect shown = convertRectFromPage(rect, page);
     const double left = shown.x;
     const double top = height() - shown.maxY();
-    scrollBy({distanceToShow(left, left + shown.width, viewport()->width()),
-              distanceToShow(top, top + shown.height, viewport()->height())});
+    scrollBy({distanceToShow(left, left + shown.width, viewport()->width(), space),
+              distanceToShow(top, top + shown.height, viewport()->height(), space)});
 }
 
 void PDFView::wheelEvent(QWheelEvent *event)

@@ -15,6 +15,14 @@ constexpr double zoomStep = 1.25;
 // How long the factor has to rest, after changes in quick succession, until pages are drawn for it.
 constexpr int restMilliseconds = 90;
 
+// What is left free around a page that is fitted into the view.
+constexpr double fitMargin = 0.95;
+
+float fittingFactor(double viewLength, double pageLength)
+{
+    return static_cast<float>(viewLength / pageLength * fitMargin);
+}
+
 } // namespace
 
 void PDFView::setScaleFactor(double factor)
@@ -83,6 +91,30 @@ void PDFView::zoomIn()
 void PDFView::zoomOut()
 {
     setScaleFactor(m_scaleFactor / zoomStep);
+}
+
+void PDFView::zoomActualSize()
+{
+    setScaleFactor(1.0);
+}
+
+void PDFView::fitPageWidth()
+{
+    const PDFPage *page = currentPage();
+    const PageRect media = page ? page->boundsForBox(DisplayBox::MediaBox) : PageRect{};
+    if (!media.isEmpty())
+        setScaleFactor(static_cast<double>(fittingFactor(viewBounds().width, media.width)));
+}
+
+void PDFView::fitPageSize()
+{
+    const PDFPage *page = currentPage();
+    const PageRect media = page ? page->boundsForBox(DisplayBox::MediaBox) : PageRect{};
+    if (media.isEmpty())
+        return;
+    const float factor =
+        std::min(fittingFactor(viewBounds().width, media.width), fittingFactor(viewBounds().height, media.height));
+    setScaleFactor(static_cast<double>(factor));
 }
 
 } // namespace inkory

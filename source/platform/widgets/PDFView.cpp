@@ -302,9 +302,11 @@ void PDFView::drawAgain(int pageIndex)
 
 bool PDFView::viewportEvent(QEvent *event)
 {
-    if ((event->type() == QEvent::MouseButtonPress || event->type() == QEvent::MouseButtonDblClick) &&
-        m_pageNotes.isSecondPress(static_cast<QMouseEvent *>(event)->position().toPoint()))
-        return true;
+    if (event->type() == QEvent::MouseButtonPress || event->type() == QEvent::MouseButtonDblClick) {
+        stopMoving(); // what is pressed is not to slip away, or to be dragged by pages that glide on
+        if (m_pageNotes.isSecondPress(static_cast<QMouseEvent *>(event)->position().toPoint()))
+            return true;
+    }
     if (m_touch->handle(event))
         return true;
     if (event->type() == QEvent::ToolTip && showAddressAt(*static_cast<QHelpEvent *>(event)))

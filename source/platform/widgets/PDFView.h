@@ -59,6 +59,10 @@ public:
     void setScaleFactor(double factor, const ViewPoint &anchor);
     void zoomIn();
     void zoomOut();
+    void zoomActualSize();
+    // The current page's media box, unturned, into the whole view. Nothing without a page.
+    void fitPageWidth();
+    void fitPageSize();
 
     /// The page gone to last, while it is visible and nothing was scrolled since; otherwise the one in the middle of
     /// the view's height. None without pages.
@@ -80,9 +84,14 @@ public:
     Place place() const;
     /// As far as scrolling goes; the zoom factor stays. Places outside the document are ignored.
     void goToPlace(const Place &place);
-    /// Scrolls no further than needed for the rectangle, with some space around it, to be in the view; not at all when
-    /// it is in view. Of a rectangle larger than the view, its upper left corner.
-    void scrollToVisible(const PageRect &rect, const PDFPage *page);
+    /// Device-independent pixels to the right and downward, as far as that goes. Ends what moves by itself.
+    void scrollBy(const QPointF &distance) { scrollTo(m_scrollPosition + distance); }
+    /// What is left free around something that is scrolled into the view.
+    static constexpr double spaceAround = 24;
+    /// Scrolls no further than needed for the rectangle, with the space (pixels) around it where there is room, to be
+    /// in the view; not at all when it is in view. A rectangle larger than the view is in view where it covers it; one
+    /// that is out of view is shown from its upper left corner.
+    void scrollToVisible(const PageRect &rect, const PDFPage *page, double space = spaceAround);
 
     // Reading: the text of pages, their links, and marks on them.
 
@@ -118,6 +127,8 @@ public:
     PagePoint convertPointToPage(const ViewPoint &point, const PDFPage *page) const;
     OverlayRect convertRectToOverlay(const ViewRect &rect) const;
     ViewRect convertRectFromOverlay(const OverlayRect &rect) const;
+    OverlayPoint convertPointToOverlay(const ViewPoint &point) const;
+    ViewPoint convertPointFromOverlay(const OverlayPoint &point) const;
     /// Of a pointer event that reached the view's window.
     ViewPoint convertPointFromWindow(const WindowPoint &point) const;
     /// The whole view, scroll bars included: origin (0, 0).
@@ -164,6 +175,9 @@ protected:
     /// Whether a finger that starts to move here drags what stands there (its moves arrive as a mouse's) instead of the
     /// pages.
     virtual bool claimsTouch(const ViewPoint &) const { return false; }
+    /// What a tap at the point is meant for, by a finger that reaches this far (pixels) around it: that point, or one
+    /// of something small beside it.
+    virtual ViewPoint tapTarget(const ViewPoint &point, double) const { return point; }
 
     void paintEvent(QPaintEvent *event) override;
     void resizeEvent(QResizeEvent *event) override;
@@ -189,7 +203,6 @@ private:
     void moveTo(const QPointF &position);
     /// The same, and ends what moves by itself.
     void scrollTo(const QPointF &position);
-    void scrollBy(const QPointF &distance) { scrollTo(m_scrollPosition + distance); }
     void glideBy(const QPointF &distance);
     void stopMoving();
     void positionChanged();
@@ -256,7 +269,6 @@ private:
     bool showAddressAt(const QHelpEvent &event);
     void endPress();
     void selectTo(const ViewPoint &point);
-    void scrollWhileSelecting();
     void follow(const PageLink &link);
 
     QPointer<PDFDocument> m_document;

@@ -124,8 +124,9 @@ void TouchInput::lift(const QTouchEvent &event)
     } else if (mode == Mode::Scroll) {
         scroller().handleInput(QScroller::InputRelease, position, static_cast<qint64>(event.timestamp()));
         if (m_mayTap) {
-            sendMouse(QEvent::MouseButtonPress, m_last);
-            sendMouse(QEvent::MouseButtonRelease, m_last);
+            const QPointF target = tapTarget();
+            sendMouse(QEvent::MouseButtonPress, target);
+            sendMouse(QEvent::MouseButtonRelease, target);
         }
     }
     m_pinch.reset();
@@ -169,6 +170,14 @@ bool TouchInput::belongsToChild(const QPointF &finger) const
 {
     const QWidget *child = m_view.viewport()->childAt(finger.toPoint());
     return child && (qobject_cast<const QAbstractButton *>(child) || child->focusPolicy() != Qt::NoFocus);
+}
+
+// Within the distance by which a tap may move, too.
+QPointF TouchInput::tapTarget()
+{
+    const double reach = dragStartMetres * scroller().pixelPerMeter().x();
+    const OverlayPoint target = m_view.convertPointToOverlay(m_view.tapTarget(m_view.viewPointAt(m_last), reach));
+    return {target.x, target.y};
 }
 
 void TouchInput::sendMouse(QEvent::Type type, const QPointF &position) const

@@ -45,6 +45,7 @@ private:
     void startPinch(const Fingers &fingers);
     void pinch(const Fingers &fingers);
     bool belongsToChild(const QPointF &finger) const;
+    QPointF tapTarget();
     void sendMouse(QEvent::Type type, const QPointF &position) const;
     QScroller &scroller();
 

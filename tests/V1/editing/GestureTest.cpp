@@ -1,6 +1,7 @@
 #include "V1/editing/GestureFixture.h"
 
 #include <QShortcut>
+#include <QWheelEvent>
 
 using namespace inkory;
 using namespace inkory::test;
@@ -96,6 +97,60 @@ TEST_F(GestureFixture, AStampGoesOntoATurnedPageAndKeepsItsLookThere)
     undoManager.redo();
     EXPECT_EQ(stamp.pdfPage(), &page(1));
     EXPECT_EQ(stamp.frame(), there);
+}
+
+TEST_F(GestureFixture, ADragToATurnedPageAndBackIsUndoneToWhereItBegan)
+{
+    openTurnedPages();
+    view->setScaleFactor(0.25);
+    KRStamp &stamp = addStamp(0, start);
+    press(leftEndOf(stamp));
+    moveBy({10, 230});
+    EXPECT_EQ(stamp.pdfPage(), &page(1));
+    moveBy({0, -230});
+    release();
+    EXPECT_NEAR(stamp.frame().x, 240, 1e-9);
+    undoManager.undo();
+    EXPECT_EQ(stamp.frame(), start);
+    EXPECT_FALSE(undoManager.canUndo());
+}
+
+TEST_F(GestureFixture, UndoingAllAndRedoingAllSavesTheSameFiles)
+{
+    open(textPages({"one", "two"}));
+    view->setScaleFactor(0.25);
+    addStamp(0, {100, 100, 100, 40});
+    KRStamp &stamp = addStamp(0, start);
+    const auto saved = [this] { // up to the identifier, which is new in each file
+        const QByteArray bytes = document.dataRepresentation();
+        return bytes.left(bytes.lastIndexOf("/ID ["));
+    };
+    const QByteArray first = saved();
+    press(leftEndOf(stamp));
+    moveBy({10, 210});
+    release();
+    ASSERT_EQ(stamp.pdfPage(), &page(1));
+    press(handle());
+    moveBy({11, 6}, Qt::ShiftModifier);
+    release();
+    view->rotateSelectedStampClockwise();
+    QCoreApplication::processEvents();
+    view->rotateCurrentPageClockwise();
+    QCoreApplication::processEvents();
+    click(leftEndOf(*view->stampViews()[1]));
+    key(Qt::Key_Delete);
+    QCoreApplication::processEvents();
+    view->flipDocument();
+    const QByteArray last = saved();
+    EXPECT_NE(first, last);
+    int steps = 0;
+    for (; undoManager.canUndo(); ++steps)
+        undoManager.undo();
+    EXPECT_EQ(steps, 6);
+    EXPECT_TRUE(saved() == first);
+    while (undoManager.canRedo())
+        undoManager.redo();
+    EXPECT_TRUE(saved() == last);
 }
 
 TEST_F(GestureFixture, EscapeTakesAGestureBackAndTheRestOfThePressIsIgnored)
@@ -202,6 +257,12 @@ TEST_F(GestureFixture, WhateverHappensToAHeldStampLeavesASaneState)
         QCoreApplication::processEvents();
     };
     hold();
+    view->resize(700, 440); // as a bar that opens below makes it
+    letGo();
+    EXPECT_EQ(stamp.frame(), (PageRect{220, 600, 100, 40}));
+    undoManager.undo();
+
+    hold();
     view->deleteSelectedStampView();
     letGo();
     EXPECT_TRUE(page(0).stamps().empty());
@@ -277,6 +338,37 @@ TEST_F(GestureFixture, AFingerDragsStampsAndOnlyThose)
     QTest::touchEvent(window.windowHandle(), device).release(1, middle + QPoint(30, 0));
     EXPECT_EQ(stamp.frame(), (PageRect{230, 600, 100, 40}));
     EXPECT_EQ(stamp.stampMode(), StampModeSelected);
+
+    view->setScaleFactor(0.1); // to 10 x 4 pixels, less than the handle
+    QCoreApplication::processEvents();
+    const QPoint beside = middleOf(stamp) - QPoint(9, 0);
+    EXPECT_FALSE(Asked::claims(*view, beside));
+    QTest::mouseMove(window.windowHandle(), beside);
+    EXPECT_EQ(view->viewport()->cursor().shape(), Qt::ArrowCursor);
+    const auto tap = [&](QPoint at) {
+        QTest::touchEvent(window.windowHandle(), device).press(1, at);
+        QTest::touchEvent(window.windowHandle(), device).release(1, at);
+    };
+    tap(beside - QPoint(40, 0));
+    EXPECT_EQ(view->selectedStampView(), nullptr);
+    tap(beside);
+    EXPECT_EQ(view->selectedStampView(), &stamp) << "a finger's width beside";
+}
+
+TEST_F(GestureFixture, APressStopsPagesThatGlide)
+{
+    openTurnedPages();
+    KRStamp &stamp = addStamp(0, start);
+    const QPoint at = middleOf(stamp);
+    QWheelEvent notch(at, view->mapToGlobal(at), {}, {0, -120}, Qt::NoButton, {}, Qt::NoScrollPhase, false);
+    QCoreApplication::sendEvent(view->viewport(), &notch);
+    ASSERT_TRUE(QTest::qWaitFor([this] { return view->verticalScrollBar()->value() > 0; }, 1000));
+    press(middleOf(stamp));
+    const int value = view->verticalScrollBar()->value();
+    QTest::qWait(150);
+    EXPECT_EQ(view->verticalScrollBar()->value(), value);
+    release();
+    EXPECT_EQ(stamp.frame(), start);
 }
 
 TEST_F(GestureFixture, TheViewScrollsUnderAStampHeldAtItsEdge)
@@ -341,6 +433,23 @@ TEST_P(Nudges, GoByScreenDirectionsAndJoinTheNextStep)
 INSTANTIATE_TEST_SUITE_P(Pages, Nudges,
                          ::testing::Values(Nudge{0, {0, 1}, {1, 0}}, Nudge{1, {-1, 0}, {0, 1}},
                                            Nudge{2, {0, -1}, {-1, 0}}, Nudge{3, {1, 0}, {0, -1}}));
+
+TEST_F(GestureFixture, ANudgeScrollsOnlyAsFarAsShowsTheStamp)
+{
+    openTurnedPages();
+    KRStamp &stamp = addStamp(0, start);
+    view->setSelectedStampView(stamp.shared_from_this());
+    const auto top = [&] { return view->height() - view->stampRect(stamp).maxY(); };
+    view->setScaleFactor(10); // to 1000 x 400 pixels, wider than the view
+    view->scrollBy({view->stampRect(stamp).x + 100, top() - 30});
+    const PDFView::Place place = view->place();
+    key(Qt::Key_Right);
+    key(Qt::Key_Up);
+    EXPECT_EQ(view->place(), place);
+    view->scrollBy({0, top() + 100});
+    key(Qt::Key_Up);
+    EXPECT_NEAR(top(), 0, 1);
+}
 
 TEST_F(GestureFixture, WithoutASelectedStampArrowsScroll)
 {

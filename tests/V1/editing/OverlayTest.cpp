@@ -90,6 +90,16 @@ TEST_F(EditingFixture, TheHighlightFollowsThePointerButNotOntoTheSelectedStamp)
     QTest::mouseMove(window.windowHandle(), windowPoint(0, {300, 700}));
     EXPECT_TRUE(QTest::qWaitFor([&] { return highlight->isVisible(); }, 1000));
     EXPECT_EQ(view->viewport()->cursor().shape(), Qt::ArrowCursor);
+    for (const QWidget *beside :
+         {static_cast<QWidget *>(view->verticalScrollBar()), static_cast<QWidget *>(view->rotateStampCWButton())}) {
+        QTest::mouseMove(window.windowHandle(), windowPoint(0, {300, 700}));
+        EXPECT_TRUE(QTest::qWaitFor([&] { return highlight->isVisible(); }, 1000));
+        QTest::mouseMove(window.windowHandle(), beside->mapTo(&window, beside->rect().center()));
+        view->viewport()->repaint();
+        QCoreApplication::processEvents();
+        EXPECT_FALSE(highlight->isVisible());
+        EXPECT_EQ(beside->cursor().shape(), Qt::ArrowCursor);
+    }
     QTest::mouseMove(window.windowHandle(), windowPoint(0, {300, 600}));
     EXPECT_TRUE(QTest::qWaitFor([&] { return !highlight->isVisible(); }, 1000));
     QTest::mouseMove(window.windowHandle(), windowPoint(0, {100, 500}));

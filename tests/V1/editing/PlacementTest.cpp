@@ -1,5 +1,6 @@
 #include "V1/editing/EditingFixture.h"
 #include "V1/editing/FrameBounds.h"
+#include "platform/core/NotificationCenter.h"
 
 using namespace inkory;
 using namespace inkory::test;
@@ -97,16 +98,24 @@ TEST_F(EditingFixture, SelectingBringsToTheFrontAndEmptySpaceDeselects)
     const PagePoint overlap{lower->frame().x + 75, lower->frame().y + 30};
     click(windowPoint(0, overlap));
     EXPECT_EQ(view->selectedStampView(), upper.get());
+    undoManager.markClean();
     click(windowPoint(0, {lower->frame().x + 10, lower->frame().y + 10}));
     EXPECT_EQ(view->selectedStampView(), lower.get());
     EXPECT_EQ(upper->stampMode(), StampModeNormal);
     EXPECT_EQ(page(0).stamps().back(), lower);
+    EXPECT_TRUE(undoManager.isEdited()) << "the order is saved";
     click(windowPoint(0, {100, 500}));
     EXPECT_EQ(view->selectedStampView(), nullptr);
     click(windowPoint(0, overlap));
     EXPECT_EQ(view->selectedStampView(), lower.get()) << "the one selected last wins";
     useImageTool();
     EXPECT_EQ(view->selectedStampView(), nullptr);
+    undoManager.undo(); // of moving the upper one
+    undoManager.undo();
+    EXPECT_EQ(page(0).stamps(), KRPDFPage::StampList{lower});
+    undoManager.redo();
+    EXPECT_EQ(page(0).stamps(), (KRPDFPage::StampList{lower, upper})) << "what comes back lies on top";
+    EXPECT_TRUE(undoManager.isEdited());
 }
 
 TEST_F(EditingFixture, DeleteKeysDeleteTheSelectedStampOnly)

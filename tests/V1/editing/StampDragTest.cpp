@@ -1,5 +1,4 @@
 #include "V1/editing/StampDrag.h"
-#include "V1/editing/EdgeScroll.h"
 #include "platform/pdf/PageGeometry.h"
 
 #include <gtest/gtest.h>
@@ -110,6 +109,7 @@ INSTANTIATE_TEST_SUITE_P(Steps, Resizes,
                                            Resize{wide, {0, 80}, freely, {100, 528, 100, 12}, 0, 2},
                                            Resize{wide, {0, 1}, freely, {100, 492, 100, 48}, 0, 0.5},
                                            Resize{{1, 2, 0, 5}, {30, 0}, freely, {1, 2, 0, 5}},
+                                           Resize{{1, 2, 10, 4}, {0, 0}, freely, {1, 2, 10, 4}}, // below the minimum
                                            Resize{{100, 500, 40, 100}, {50, 0}, kept, {100, 500, 60, 150}, 90},
                                            Resize{wide, {50, 0}, kept, {50, 500, 150, 60}, 180},
                                            Resize{{100, 500, 40, 100}, {50, 0}, kept, {80, 450, 60, 150}, 270},
@@ -132,19 +132,6 @@ TEST(StampDrag, AStepAcrossTheScreenIsTurnedIntoThePagesSpace)
     EXPECT_EQ(pageStep(1, 2, 90), (PagePoint{-2, 1}));
     EXPECT_EQ(pageStep(1, 2, 180), (PagePoint{-1, -2}));
     EXPECT_EQ(pageStep(1, 2, 270), (PagePoint{2, -1}));
-}
-
-TEST(EdgeScroll, GrowsTowardsTheEdgeAndStartsWhereTheDragStarted)
-{
-    const ViewRect visible{0, 20, 400, 300}; // 24 pixels along each edge scroll
-    EXPECT_EQ(edgeScrollStep(visible, {200, 170}, {200, 170}), QPoint());
-    EXPECT_EQ(edgeScrollStep(visible, {200, 170}, {200, 44}), QPoint());
-    EXPECT_EQ(edgeScrollStep(visible, {200, 170}, {200, 43}), QPoint(0, 1));
-    EXPECT_EQ(edgeScrollStep(visible, {200, 170}, {200, 20}), QPoint(0, 6));
-    EXPECT_EQ(edgeScrollStep(visible, {200, 170}, {200, -900}), QPoint(0, 24));
-    EXPECT_EQ(edgeScrollStep(visible, {200, 170}, {0, 320}), QPoint(-6, -6));
-    EXPECT_EQ(edgeScrollStep(visible, {200, 30}, {380, 30}), QPoint(1, 0)) << "no nearer to the lower edge";
-    EXPECT_EQ(edgeScrollStep(visible, {200, 30}, {200, 26}), QPoint(0, 1));
 }
 
 } // namespace

@@ -110,8 +110,12 @@ TEST_F(StampFixture, EnteringTheSelectedModePutsAStampOnTop)
     const auto lower = stampOn(*page);
     const auto upper = stampOn(*page);
     EXPECT_EQ(page->stamps().back(), upper);
+    upper->setStampMode(StampModeSelected);
+    EXPECT_FALSE(host.manager.isEdited());
     lower->setStampMode(StampModeSelected);
     EXPECT_EQ(page->stamps().back(), lower);
+    EXPECT_TRUE(host.manager.isEdited()) << "the order is saved";
+    upper->setStampMode(StampModeNormal);
     upper->setStampMode(StampModeSelected);
     lower->setStampMode(StampModeSelected); // already in it: no reordering
     EXPECT_EQ(page->stamps().back(), upper);
