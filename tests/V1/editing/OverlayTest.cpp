@@ -98,13 +98,13 @@ TEST_F(EditingFixture, TheHighlightFollowsThePointerButNotOntoTheSelectedStamp)
         view->viewport()->repaint();
         QCoreApplication::processEvents();
         EXPECT_FALSE(highlight->isVisible());
-        EXPECT_EQ(beside->cursor().shape(), Qt::ArrowCursor);
     }
     QTest::mouseMove(window.windowHandle(), windowPoint(0, {300, 600}));
     EXPECT_TRUE(QTest::qWaitFor([&] { return !highlight->isVisible(); }, 1000));
     QTest::mouseMove(window.windowHandle(), windowPoint(0, {100, 500}));
     EXPECT_TRUE(QTest::qWaitFor([&] { return view->viewport()->cursor().shape() == Qt::BitmapCursor; }, 1000))
         << "the stamp cursor over empty page area";
+    EXPECT_EQ(view->rotateStampCWButton()->cursor().shape(), Qt::ArrowCursor);
     const auto handle = view->stampOverlayResizeRect();
     QTest::mouseMove(window.windowHandle(),
                      view->mapTo(&window, QPoint(qRound(handle.x + 8), qRound(view->height() - handle.y - 8))));
