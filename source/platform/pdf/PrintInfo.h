@@ -69,7 +69,10 @@ struct PrintInfo
 
     /// The print system's name for the printer; empty when printing to a file.
     QString printerName;
+    /// Where no printer is named; what the panel suggests otherwise.
     QString outputFileName;
+    /// The panel offers the file first.
+    bool isToFile = false;
     /// Further options for the print system: a name, its value, and so on.
     QStringList jobOptions;
 };

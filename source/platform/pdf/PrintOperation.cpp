@@ -65,6 +65,7 @@ void PrintOperation::beginSheet()
     m_placement = placeOnSheet(sheet.shownSize, m_info);
     m_bands = bandsOfPage(sheet.shownSize, m_placement, m_info.resolution);
     m_band = 0;
+    m_isUndrawable = false;
     if (!m_canvas->beginSheet(m_placement.sheet)) {
         finish(Ending::NotWritten);
         return;
@@ -79,6 +80,12 @@ void PrintOperation::requestBand()
         nextSheet();
         return;
     }
+    if (m_isUndrawable) {
+        QImage blank(m_bands.bands[m_band].size(), QImage::Format_RGB32);
+        blank.fill(Qt::white);
+        printBand(blank);
+        return;
+    }
     const Sheet &sheet = m_sheets[m_sheet];
     const DrawRequest wanted{sheet.sourceIndex, sheet.extraQuarterTurns, m_bands.scale, m_bands.bands[m_band]};
     m_token = m_document->pageSource()->draw(wanted, DrawPriority::Ahead,
@@ -88,15 +95,20 @@ void PrintOperation::requestBand()
 void PrintOperation::bandArrived(const Result<QImage> &image)
 {
     m_token = 0;
-    if (!image) {
-        drawFailure();
-        if (m_info.colors == PrintColors::Gray) // there is no band to draw on
-            drawOverPage(m_canvas->painter(), m_placement.toSheet);
-        nextSheet();
+    if (image) {
+        printBand(*image);
         return;
     }
+    beginUndrawablePage();
+    if (m_info.colors == PrintColors::Gray)
+        requestBand(); // what lies over the page becomes gray on bands only
+    else
+        nextSheet();
+}
+
+void PrintOperation::printBand(QImage band)
+{
     const QRectF target = m_placement.toSheet.mapRect(onPage(m_bands.bands[m_band]));
-    QImage band = *image;
     if (m_info.colors == PrintColors::Gray) {
         QPainter painter(&band);
         painter.setRenderHints(QPainter::Antialiasing | QPainter::SmoothPixmapTransform);
@@ -126,19 +138,25 @@ void PrintOperation::bandPainted()
     requestBand();
 }
 
-void PrintOperation::drawFailure()
+void PrintOperation::beginUndrawablePage()
 {
+    m_isUndrawable = true;
+    m_band = 0;
     const int number = m_sheets[m_sheet].pageNumber;
     if (std::find(m_outcome.undrawnPages.begin(), m_outcome.undrawnPages.end(), number) == m_outcome.undrawnPages.end())
         m_outcome.undrawnPages.push_back(number);
+    // Over what may have come of it.
+    m_canvas->painter().fillRect(QRectF(QPointF(0, 0), m_placement.paperSize), Qt::white);
+}
+
+void PrintOperation::drawFailure()
+{
     QPainter &painter = m_canvas->painter();
     painter.save();
     QFont font = painter.font();
     font.setPointSizeF(failureTextSize);
     painter.setFont(font);
-    const QRectF paper(QPointF(0, 0), m_placement.paperSize);
-    painter.fillRect(paper, Qt::white); // over what may have come of it
-    painter.drawText(paper, Qt::AlignCenter, tr("This page cannot be drawn."));
+    painter.drawText(QRectF(QPointF(0, 0), m_placement.paperSize), Qt::AlignCenter, tr("This page cannot be drawn."));
     painter.restore();
 }
 
@@ -160,6 +178,8 @@ void PrintOperation::nextSheet()
 {
     if (m_info.colors == PrintColors::Color)
         drawOverPage(m_canvas->painter(), m_placement.toSheet);
+    if (m_isUndrawable)
+        drawFailure();
     ++m_sheet;
     beginSheet();
 }

@@ -76,7 +76,9 @@ private:
     void beginSheet();
     void requestBand();
     void bandArrived(const Result<QImage> &image);
+    void printBand(QImage band);
     void bandPainted();
+    void beginUndrawablePage();
     void drawFailure();
     void drawOverPage(QPainter &painter, const QTransform &toSheet);
     QRectF onPage(const QRect &band) const;
@@ -93,6 +95,7 @@ private:
     SheetPlacement m_placement; // of the present sheet
     PageBands m_bands;
     std::size_t m_band = 0;
+    bool m_isUndrawable = false; // the present sheet's page
     DrawToken m_token = 0;
     Outcome m_outcome;
 };

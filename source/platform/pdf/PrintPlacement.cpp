@@ -37,8 +37,10 @@ QRect touchedPixels(const QRectF &rect)
 QPageLayout layoutFor(QSizeF page, const PrintInfo &info)
 {
     QPageLayout layout = info.pageLayout;
+    const QSizeF paper = layout.pageSize().size(QPageSize::Point); // some paper is wider than high unturned
+    const bool isAcross = (page.width() > page.height()) != (paper.width() > paper.height());
     if (info.autoRotate == AutoRotate::Yes && page.width() != page.height())
-        layout.setOrientation(page.width() > page.height() ? QPageLayout::Landscape : QPageLayout::Portrait);
+        layout.setOrientation(isAcross ? QPageLayout::Landscape : QPageLayout::Portrait);
     return layout;
 }
 

@@ -166,6 +166,8 @@ Q_SIGNALS:
     void historyChanged();
     /// A press on a link that leads out of the document: http, https or mailto. Nothing has been opened.
     void addressActivated(const QString &address);
+    /// The document was printed to a file of this name.
+    void printedToFile(const QString &displayableName);
     /// The page, which could not be drawn, is being tried again because the person wants it.
     void pageDrawnAgain(const inkory::PDFPage *page);
 

@@ -9,6 +9,7 @@
 #include <QComboBox>
 #include <QDialogButtonBox>
 #include <QFormLayout>
+#include <QLineEdit>
 #include <QPointer>
 #include <QPrintDialog>
 #include <QPrintEngine>
@@ -35,17 +36,33 @@ std::function<bool(PrintOperation &)> &responder()
     return function;
 }
 
-void prepare(QPrinter &printer, const PrintInfo &info, const QString &title)
+QPrinter::DuplexMode duplexOf(PrintSides sides)
 {
-    //: The suggested name of a PDF file that is printed to.
-    printer.setDocName(QCoreApplication::translate("PrintDialog", "%1 (printed)").arg(title) + QStringLiteral(".pdf"));
+    switch (sides) {
+    case PrintSides::OneSided:
+        return QPrinter::DuplexNone;
+    case PrintSides::LongEdge:
+        return QPrinter::DuplexLongSide;
+    case PrintSides::ShortEdge:
+        return QPrinter::DuplexShortSide;
+    case PrintSides::AsPrinterSays:
+        break;
+    }
+    return QPrinter::DuplexAuto;
+}
+
+void prepare(QPrinter &printer, const PrintInfo &info)
+{
     if (!info.printerName.isEmpty())
         printer.setPrinterName(info.printerName);
-    else if (!info.outputFileName.isEmpty())
+    else if (info.isToFile)
         printer.setOutputFileName(info.outputFileName);
     printer.setPageLayout(info.pageLayout);
     printer.setCopyCount(info.copies);
     printer.setCollateCopies(info.isCollated);
+    if (info.sides != PrintSides::AsPrinterSays)
+        printer.setDuplex(duplexOf(info.sides));
+    printer.setPageOrder(info.isReversed ? QPrinter::LastPageFirst : QPrinter::FirstPageFirst);
     printer.setColorMode(info.colors == PrintColors::Gray ? QPrinter::GrayScale : QPrinter::Color);
 }
 
@@ -83,14 +100,16 @@ void takeOver(const QPrinter &printer, int currentPage, PrintInfo &info)
 {
     const bool toFile = printer.outputFormat() == QPrinter::PdfFormat;
     info.printerName = toFile ? QString() : printer.printerName();
-    info.outputFileName = toFile ? printer.outputFileName() : QString();
+    if (toFile)
+        info.outputFileName = printer.outputFileName();
+    else
+        info.sides = sidesOf(printer);
     info.pageLayout = printer.pageLayout();
     info.pages = chosenPages(printer, currentPage);
     info.copies = printer.copyCount();
     info.isCollated = printer.collateCopies();
     info.isReversed = printer.pageOrder() == QPrinter::LastPageFirst;
     info.colors = printer.colorMode() == QPrinter::GrayScale ? PrintColors::Gray : PrintColors::Color;
-    info.sides = sidesOf(printer);
     info.resolution = toFile ? fileResolution : std::min(printer.resolution(), highestResolution);
     info.jobOptions = toFile ? QStringList() : printer.printEngine()->property(jobOptionsKey).toStringList();
 }
@@ -141,6 +160,14 @@ QPrintDialog::PrintDialogOptions dialogOptions(PrintPanelOptions options)
     return shown;
 }
 
+// Qt's own suggestion is in the home folder. Where a file was chosen before, the dialog shows that.
+void suggestFile(const QPrintDialog &dialog, const QPrinter &printer, const QString &file)
+{
+    auto *field = dialog.findChild<QLineEdit *>(QStringLiteral("filename"));
+    if (field && printer.outputFileName().isEmpty())
+        field->setText(file);
+}
+
 enum class Choice { Print, Preview, Nothing };
 
 /// Qt's dialog with our tab and our button; it keeps what was chosen in the printer only when it is accepted.
@@ -155,6 +182,7 @@ Choice askOnce(QPrinter &printer, PrintOperation &operation, PDFView &view)
     dialog->setMinMax(1, pageCount);
     if (printer.fromPage() == 0)
         dialog->setFromTo(1, pageCount);
+    suggestFile(*dialog, printer, operation.printInfo().outputFileName);
     PagesTab *tab = nullptr;
     if (options.testFlag(PrintPanelOption::ShowsPageSetupAccessory)) {
         tab = new PagesTab(operation.printInfo(), options);
@@ -199,7 +227,7 @@ bool runPrintDialog(PrintOperation &operation, PDFView &view)
     if (responder())
         return responder()(operation);
     QPrinter printer(QPrinter::HighResolution);
-    prepare(printer, operation.printInfo(), operation.title());
+    prepare(printer, operation.printInfo());
     const QPointer<PDFView> shown = &view;
     while (shown && operation.document()) {
         switch (askOnce(printer, operation, view)) {

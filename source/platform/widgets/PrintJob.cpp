@@ -11,11 +11,13 @@
 #include "platform/widgets/PrinterQueue.h"
 
 #include <QDir>
+#include <QFileInfo>
 #include <QGuiApplication>
 #include <QPointer>
 #include <QProcess>
 #include <QSaveFile>
 #include <QTemporaryFile>
+#include <QTimer>
 
 #include <utility>
 
@@ -26,6 +28,7 @@ namespace
 {
 
 constexpr std::size_t mostPagesNamed = 20;
+constexpr int printerPatienceMilliseconds = 30'000;
 
 /// One operation under way. Owned by its view; deletes itself at the end.
 class PrintJob : public QObject
@@ -34,16 +37,29 @@ class PrintJob : public QObject
 
 public:
     PrintJob(PDFView &view, std::unique_ptr<PrintOperation> operation)
-        : QObject(&view), m_window(view.window()), m_operation(std::move(operation)), m_info(m_operation->printInfo()),
-          m_title(m_operation->title()), m_progress(new PrintProgress(view.window()))
+        : QObject(&view), m_view(view), m_window(view.window()), m_operation(std::move(operation)),
+          m_info(m_operation->printInfo()), m_title(m_operation->title()), m_progress(new PrintProgress(view.window())),
+          m_printerPatience(new QTimer(this))
     {
         setObjectName(QStringLiteral("printJob"));
         connect(m_operation.get(), &PrintOperation::sheetBegan, m_progress, &PrintProgress::showSheet);
         connect(m_operation.get(), &PrintOperation::finished, this, &PrintJob::operationFinished);
         connect(m_progress, &PrintProgress::cancelled, this, &PrintJob::end);
+        m_printerPatience->setObjectName(QStringLiteral("printerPatience"));
+        m_printerPatience->setSingleShot(true);
+        m_printerPatience->setInterval(printerPatienceMilliseconds);
+        connect(m_printerPatience, &QTimer::timeout, this, &PrintJob::endForSilentPrinter);
     }
 
-    ~PrintJob() override { delete m_progress.data(); }
+    ~PrintJob() override
+    {
+        m_queue.disconnect(this); // its end would be told to what is half destroyed
+        if (m_queue.state() != QProcess::NotRunning) {
+            m_queue.kill();
+            m_queue.waitForFinished();
+        }
+        delete m_progress.data();
+    }
 
     void start()
     {
@@ -111,6 +127,7 @@ private:
             connect(&m_queue, &QProcess::finished, this, &PrintJob::printerAnswered);
             m_queue.setProcessChannelMode(QProcess::MergedChannels);
             m_queue.setStandardInputFile(QProcess::nullDevice());
+            m_printerPatience->start();
             m_queue.start(printerQueueProgram(), printerQueueArguments(m_info, m_title, m_output->fileName()));
         }
     }
@@ -125,6 +142,12 @@ private:
         endForPrinter(tr("The print system refused them: %1 Check that the printer is switched on and connected, then "
                          "print again.")
                           .arg(answer.isEmpty() ? tr("it did not say why.") : answer));
+    }
+
+    void endForSilentPrinter()
+    {
+        endForPrinter(tr("The print system does not answer. Check that the printer is switched on and connected, and "
+                         "whether the pages wait in its queue already, then print again."));
     }
 
     void endForPrinter(const QString &reason)
@@ -142,6 +165,8 @@ private:
 
     void endWell()
     {
+        if (!isForPrinter())
+            Q_EMIT m_view.printedToFile(displayable(QFileInfo(m_info.outputFileName).fileName()));
         if (m_undrawnPages.empty()) {
             end();
             return;
@@ -161,7 +186,9 @@ private:
     void end()
     {
         m_operation.reset();
+        m_printerPatience->stop();
         m_queue.disconnect(this);
+        m_queue.kill();
         m_output.reset();
         m_file.reset();
         if (m_progress) {
@@ -183,6 +210,7 @@ private:
         alert.runModal(window); // last: this object may be gone afterwards
     }
 
+    PDFView &m_view; // the parent
     QPointer<QWidget> m_window;
     std::unique_ptr<PrintOperation> m_operation;
     PrintInfo m_info;
@@ -191,16 +219,41 @@ private:
     std::shared_ptr<QFileDevice> m_output;
     std::shared_ptr<QSaveFile> m_file; // the same, where it is to be kept
     QProcess m_queue;
+    QTimer *m_printerPatience; // runs while the print system has the pages
     std::vector<int> m_undrawnPages;
 };
 
+// What the window tells of its document, also after that was saved elsewhere; nothing for a window without one.
+QFileInfo documentFileOf(const PDFView &view)
+{
+    return QFileInfo(view.window()->windowFilePath());
+}
+
 QString titleOf(const PDFView &view)
 {
-    QString title = view.window()->windowTitle().remove(QStringLiteral("[*]")).trimmed();
-    title.replace(QLatin1Char('/'), QLatin1Char('_')); // it becomes part of a file's name
-    if (title.endsWith(QStringLiteral(".pdf"), Qt::CaseInsensitive))
-        title.chop(4);
-    return title.isEmpty() ? QGuiApplication::applicationDisplayName() : title;
+    const QString name = displayable(documentFileOf(view).fileName());
+    return name.isEmpty() ? QGuiApplication::applicationDisplayName() : name;
+}
+
+QString suggestedFile(const PDFView &view)
+{
+    const QFileInfo document = documentFileOf(view);
+    const bool isNamed = !document.fileName().isEmpty();
+    const QDir folder = isNamed ? document.absoluteDir() : QDir::home();
+    //: The suggested name of a PDF file that is printed to.
+    const QString name = QCoreApplication::translate("PrintDialog", "%1 (printed)")
+                             .arg(isNamed ? document.completeBaseName() : QGuiApplication::applicationDisplayName());
+    return folder.filePath(name + QStringLiteral(".pdf"));
+}
+
+// What belongs to one document or one printout is not for the next.
+PrintInfo lastingPart(PrintInfo info)
+{
+    info.pages = {};
+    info.copies = 1;
+    info.isToFile = info.printerName.isEmpty();
+    info.outputFileName.clear();
+    return info;
 }
 
 } // namespace
@@ -210,11 +263,14 @@ void runPrintOperation(PDFView &view, std::unique_ptr<PrintOperation> operation)
     if (view.findChild<QObject *>(QStringLiteral("printJob"), Qt::FindDirectChildrenOnly))
         return;
     operation->setTitle(titleOf(view));
+    PrintInfo info = operation->printInfo();
+    if (info.outputFileName.isEmpty())
+        info.outputFileName = suggestedFile(view);
+    operation->setPrintInfo(info);
     const QPointer<PDFView> shown = &view;
     if (!runPrintDialog(*operation, view) || !shown || !operation->document())
         return;
-    sharedPrintInfo() = operation->printInfo();
-    sharedPrintInfo().pages = {}; // a range belongs to one document
+    sharedPrintInfo() = lastingPart(operation->printInfo());
     auto *job = new PrintJob(view, std::move(operation));
     job->start();
 }

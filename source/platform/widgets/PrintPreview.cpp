@@ -41,6 +41,7 @@ public:
         m_images.setDocument(&document);
         connect(&m_images, &PageImageStore::pieceArrived, this, qOverload<>(&QWidget::update));
         setMinimumSize(200, 200);
+        setObjectName(QStringLiteral("sheet"));
         setAccessibleName(tr("Sheet"));
     }
 
@@ -56,6 +57,22 @@ protected:
     void paintEvent(QPaintEvent *) override
     {
         QPainter painter(this);
+        if (m_info.colors == PrintColors::Gray) {
+            QImage picture(size() * devicePixelRatioF(), QImage::Format_RGB32);
+            picture.setDevicePixelRatio(devicePixelRatioF());
+            QPainter onPicture(&picture);
+            paintAll(onPicture);
+            onPicture.end();
+            painter.drawImage(0, 0, picture.convertToFormat(QImage::Format_Grayscale8));
+        } else {
+            paintAll(painter);
+        }
+        m_images.cancelStaleRequests();
+    }
+
+private:
+    void paintAll(QPainter &painter)
+    {
         painter.setRenderHints(QPainter::Antialiasing | QPainter::SmoothPixmapTransform);
         painter.fillRect(rect(), palette().color(QPalette::Mid));
         PDFPage *page = m_images.document() && m_sheet < sheetCount()
@@ -63,10 +80,8 @@ protected:
                             : nullptr;
         if (page)
             paintSheet(painter, *page);
-        m_images.cancelStaleRequests();
     }
 
-private:
     void paintSheet(QPainter &painter, PDFPage &page)
     {
         const SheetPlacement placement = placeOnSheet(page.shownSize(), m_info);

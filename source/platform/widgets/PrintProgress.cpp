@@ -3,7 +3,6 @@
 #include <QDialogButtonBox>
 #include <QLabel>
 #include <QProgressBar>
-#include <QPushButton>
 #include <QVBoxLayout>
 
 namespace inkory
@@ -25,7 +24,6 @@ PrintProgress::PrintProgress(QWidget *parent)
     m_bar->setTextVisible(false);
     m_bar->setAccessibleName(tr("Progress"));
     auto *buttons = new QDialogButtonBox(QDialogButtonBox::Cancel, this);
-    m_cancel = buttons->button(QDialogButtonBox::Cancel);
     connect(buttons, &QDialogButtonBox::rejected, this, &PrintProgress::reject);
     auto *layout = new QVBoxLayout(this);
     layout->addWidget(m_label);
@@ -46,13 +44,11 @@ void PrintProgress::showSending()
 {
     m_label->setText(tr("Sending the pages to the printer…"));
     m_bar->setRange(0, 0);
-    m_cancel->setEnabled(false);
 }
 
 void PrintProgress::reject()
 {
-    if (m_cancel->isEnabled())
-        Q_EMIT cancelled();
+    Q_EMIT cancelled();
 }
 
 } // namespace inkory

@@ -4,7 +4,6 @@
 
 class QLabel;
 class QProgressBar;
-class QPushButton;
 
 namespace inkory
 {
@@ -21,7 +20,7 @@ public:
 
     /// The sheet's number (from 1), how many there are, and the number of the page on it.
     void showSheet(int sheet, int sheetCount, int page);
-    /// From now on it is too late to cancel.
+    /// All pages are on their way to the printer.
     void showSending();
 
 Q_SIGNALS:
@@ -33,7 +32,6 @@ protected:
 private:
     QLabel *m_label;
     QProgressBar *m_bar;
-    QPushButton *m_cancel = nullptr;
 };
 
 } // namespace inkory

@@ -5,6 +5,7 @@
 #include "platform/widgets/PDFThumbnailView.h"
 #include "platform/widgets/PrintDialog.h"
 
+#include <QCheckBox>
 #include <QComboBox>
 #include <QDialog>
 #include <QLabel>
@@ -27,10 +28,12 @@ protected:
     {
         sharedPrintInfo() = PrintInfo();
         setPaper({612, 792});
-        sharedPrintInfo().outputFileName = output;
-        window.setWindowTitle(QStringLiteral("[*]contract.pdf"));
+        window.setWindowTitle(QStringLiteral("contract.pdf[*] — Inkory"));
+        window.setWindowFilePath(folder.filePath(QStringLiteral("contract.pdf")));
         setPrintDialogResponder([this](PrintOperation &operation) {
-            offered = operation.printInfo();
+            PrintInfo info = offered = operation.printInfo();
+            info.outputFileName = output;
+            operation.setPrintInfo(info);
             return true;
         });
         Alert::setResponder([this](const Alert &alert) {
@@ -193,17 +196,18 @@ TEST_F(Printing, TheThumbnailsPrintAsTheViewDoesAndSettingsStay)
     thumbnails.setPDFView(view);
     sharedPrintInfo().scaling = PageScaling::FitToPage;
     sharedPrintInfo().colors = PrintColors::Gray;
+    const QSignalSpy told(view, &PDFView::printedToFile);
     printDocument(thumbnails);
     ASSERT_TRUE(ends(*view));
+    ASSERT_EQ(told.size(), 1);
+    EXPECT_EQ(told[0][0].toString(), QStringLiteral("printed.pdf"));
     EXPECT_EQ(offered.scaling, PageScaling::FitToPage);
+    EXPECT_EQ(offered.outputFileName, folder.filePath(QStringLiteral("contract (printed).pdf")));
     const QImage printed = sheet(1);
     EXPECT_TRUE(printed.allGray());
     EXPECT_NEAR(qRed(printed.pixel(390, 1194)), 127, 12) << "what light there is in red";
     EXPECT_EQ(qRed(printed.pixel(410, 1174)), 255) << "the page is twice its size";
     EXPECT_NEAR(qRed(printed.pixel(800, 384)), 76, 12) << "the blue signature";
-    printDocument(thumbnails);
-    EXPECT_EQ(offered.colors, PrintColors::Gray) << "remembered";
-    ASSERT_TRUE(ends(*view));
 }
 
 TEST_F(Printing, APageThatCannotBeDrawnSaysSoOnPaperAndOnTheScreen)
@@ -221,6 +225,12 @@ TEST_F(Printing, APageThatCannotBeDrawnSaysSoOnPaperAndOnTheScreen)
     EXPECT_TRUE(pdfText(output, 3).contains(QStringLiteral("This page cannot be drawn.")));
     ASSERT_EQ(alerts.size(), 1);
     EXPECT_TRUE(alerts[0].contains(QStringLiteral("empty page: 3.")));
+    view->addStampView(KRImageStamp::create(image(), {300, 100, 0, 0}, view, &page(2)));
+    sharedPrintInfo().colors = PrintColors::Gray;
+    ASSERT_TRUE(prints());
+    EXPECT_TRUE(sheet(3).allGray());
+    EXPECT_NEAR(qRed(sheet(3).pixel(600, 1384)), 76, 12) << "its signature";
+    EXPECT_TRUE(pdfText(output, 3).contains(QStringLiteral("This page cannot be drawn.")));
 }
 
 TEST_F(Printing, CancellingLeavesNothingBehind)
@@ -266,40 +276,87 @@ TEST_F(Printing, EndsQuietlyWithItsDocumentAndWithItsView)
 TEST_F(Printing, AFileThatCannotBeWrittenIsNamedWithWhatToDo)
 {
     open(manyPages(1));
-    sharedPrintInfo().outputFileName = folder.filePath(QStringLiteral("missing/printed.pdf"));
+    output = folder.filePath(QStringLiteral("missing/printed.pdf"));
     ASSERT_TRUE(prints());
     ASSERT_EQ(alerts.size(), 1);
     EXPECT_TRUE(alerts[0].contains(QStringLiteral("missing/printed.pdf” could not be written.|No such file")));
     EXPECT_TRUE(alerts[0].contains(QStringLiteral("Choose another folder")));
 }
 
-TEST_F(Printing, APrinterGetsTheFinishedPagesAndItsRefusalIsShown)
+/// The same with a printer, whose print system is a script.
+class PrintingToPrinter : public Printing
 {
-    open(manyPages(2));
-    const QByteArray path = qgetenv("PATH");
-    const auto makeQueue = [this](const QByteArray &script) {
+protected:
+    PrintingToPrinter()
+    {
+        sharedPrintInfo().printerName = QStringLiteral("office");
+        qputenv("PATH", folder.path().toLocal8Bit() + ':' + path);
+    }
+    ~PrintingToPrinter() override { qputenv("PATH", path); }
+
+    void makeQueue(const QByteArray &script)
+    {
         const QString file = writeFile(folder.path(), QStringLiteral("lp"), "#!/bin/sh\n" + script);
         QFile::setPermissions(file, QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
-    };
-    sharedPrintInfo().printerName = QStringLiteral("office");
+    }
+    /// Until the print system, which does not answer, has the pages.
+    bool comesToSending(KRPDFView &printing)
+    {
+        const QString started = folder.filePath(QStringLiteral("started"));
+        QFile::remove(started);
+        makeQueue("touch '" + started.toLocal8Bit() + "'\nexec sleep 100\n");
+        printing.printDocument();
+        return QTest::qWaitFor([&] { return QFile::exists(started); }, 20000);
+    }
+
+    const QByteArray path = qgetenv("PATH");
+};
+
+TEST_F(PrintingToPrinter, APrintSystemThatHangsHoldsNobodyUp)
+{
+    open(manyPages(2));
+    ASSERT_TRUE(comesToSending(*view));
+    window.findChild<QDialog *>()->findChild<QPushButton *>()->click();
+    ASSERT_TRUE(ends(*view));
+    EXPECT_TRUE(alerts.isEmpty()) << "cancelled";
+    ASSERT_TRUE(comesToSending(*view));
+    auto *patience = view->findChild<QTimer *>(QStringLiteral("printerPatience"));
+    ASSERT_TRUE(patience && patience->isActive());
+    EXPECT_EQ(patience->interval(), 30'000);
+    patience->start(0);
+    ASSERT_TRUE(ends(*view));
+    ASSERT_EQ(alerts.size(), 1);
+    EXPECT_TRUE(alerts[0].contains(QStringLiteral("“office”.|The print system does not answer. Check")));
+    auto other = std::make_unique<KRPDFView>();
+    other->show();
+    other->setDocument(&document);
+    ASSERT_TRUE(comesToSending(*other));
+    other.reset();
+    EXPECT_EQ(alerts.size(), 1) << "nothing of it is left to be told";
+}
+
+TEST_F(PrintingToPrinter, ItGetsTheFinishedPagesAndItsRefusalIsShown)
+{
+    open(manyPages(2));
     sharedPrintInfo().copies = 3;
     qputenv("PATH", folder.path().toLocal8Bit());
     EXPECT_TRUE(prints());
     ASSERT_EQ(alerts.size(), 1);
     EXPECT_TRUE(alerts[0].contains(QStringLiteral("cups-client"))) << "no such program";
     qputenv("PATH", folder.path().toLocal8Bit() + ':' + path);
+    EXPECT_EQ(sharedPrintInfo().copies, 1) << "of the next printout";
+    sharedPrintInfo().copies = 3;
     makeQueue("cd " + folder.path().toLocal8Bit() +
               "\necho \"$@\" >arguments\nfor f; do :; done\ncp \"$f\" sent.pdf\n");
     EXPECT_TRUE(prints());
     EXPECT_EQ(alerts.size(), 1);
     const QByteArray arguments = readFile(folder.filePath(QStringLiteral("arguments")));
-    EXPECT_TRUE(arguments.startsWith("-d office -t contract -n 3 -o media=")) << arguments.constData();
+    EXPECT_TRUE(arguments.startsWith("-d office -t contract.pdf -n 3 -o media=")) << arguments.constData();
     EXPECT_EQ(pdfInfo(folder.filePath(QStringLiteral("sent.pdf")))->size(), 2U);
     makeQueue("echo 'The printer is on fire.'\nexit 1\n");
     EXPECT_TRUE(prints());
     ASSERT_EQ(alerts.size(), 2);
     EXPECT_TRUE(alerts[1].contains(QStringLiteral("“office”.|The print system refused them: The printer is on fire.")));
-    qputenv("PATH", path);
 }
 
 TEST_F(Printing, ThePanelOffersPaperOrientationScalingAndSetUpInAddition)
@@ -312,11 +369,15 @@ TEST_F(Printing, ThePanelOffersPaperOrientationScalingAndSetUpInAddition)
     EXPECT_EQ(stamped->printInfo().autoRotate, AutoRotate::No);
 }
 
-// Asks for pages 2 to 2 at actual size, looks at the preview, goes back, looks again, and prints from there.
+// Asks for pages 2 to 2 at actual size, looks at the preview, goes back, looks again, and prints from there; finds what
+// lasts of it the next time.
 TEST_F(Printing, TheDialogAndItsPreviewLeadToTheFile)
 {
     setPrintDialogResponder({});
     open(manyPages(3));
+    view->addStampView(KRImageStamp::create(image(), {300, 400, 0, 0}, view, &page(1)));
+    sharedPrintInfo().colors = PrintColors::Gray;
+    sharedPrintInfo().sides = PrintSides::ShortEdge;
     int dialogs = 0;
     int previews = 0;
     QTimer person;
@@ -330,25 +391,44 @@ TEST_F(Printing, TheDialogAndItsPreviewLeadToTheFile)
                     button->click();
             }
         };
-        if (dialog->windowTitle() == QStringLiteral("Print Preview"))
+        if (dialog->windowTitle() == QStringLiteral("Print Preview")) {
+            EXPECT_TRUE(dialog->findChild<QWidget *>(QStringLiteral("sheet"))->grab().toImage().allGray());
             press(++previews == 1 ? "&Back" : "&Print");
+        }
         auto *range = dialog->findChild<QRadioButton *>(QStringLiteral("printRange"));
         if (!range)
             return;
+        auto *reverse = dialog->findChild<QCheckBox *>(QStringLiteral("reverse"));
+        auto *copies = dialog->findChild<QSpinBox *>(QStringLiteral("copies"));
+        auto *file = dialog->findChild<QLineEdit *>(QStringLiteral("filename"));
         if (++dialogs == 1) {
+            EXPECT_EQ(file->text(), folder.filePath(QStringLiteral("contract (printed).pdf")));
+            file->setText(output);
+            copies->setValue(2);
+            reverse->setChecked(true);
             range->click();
             dialog->findChild<QSpinBox *>(QStringLiteral("to"))->setValue(2);
             dialog->findChild<QSpinBox *>(QStringLiteral("from"))->setValue(2);
             auto *scaling = dialog->findChild<QComboBox *>(QStringLiteral("pageScaling"));
             scaling->setCurrentIndex(scaling->findText(QStringLiteral("Actual size")));
         }
-        press("Pre&view…");
+        if (dialogs < 3) {
+            press("Pre&view…");
+            return;
+        }
+        EXPECT_EQ(file->text(), folder.filePath(QStringLiteral("contract (printed).pdf")));
+        EXPECT_EQ(copies->value(), 1);
+        EXPECT_TRUE(reverse->isChecked());
+        dialog->reject();
     });
     person.start(100);
     EXPECT_TRUE(prints());
     EXPECT_EQ(std::make_pair(dialogs, previews), std::make_pair(2, 2));
     EXPECT_EQ(sharedPrintInfo().scaling, PageScaling::None);
-    EXPECT_EQ(pdfInfo(output)->size(), 1U);
+    EXPECT_EQ(pdfInfo(output)->size(), 2U) << "copies";
+    EXPECT_EQ(sharedPrintInfo().sides, PrintSides::ShortEdge) << "a file has no say in it";
+    view->printDocument();
+    EXPECT_EQ(dialogs, 3);
 }
 
 } // namespace

@@ -48,6 +48,13 @@ PrintInfo withMargins(PageScaling scaling)
     return info;
 }
 
+PrintInfo ledger()
+{
+    PrintInfo info = letter(PageScaling::FitToPage);
+    info.pageLayout.setPageSize(QPageSize(QPageSize::Ledger)); // 17 by 11 inches
+    return info;
+}
+
 const QSizeF portrait(612, 792);
 const QSizeF landscape(792, 612);
 
@@ -59,6 +66,8 @@ INSTANTIATE_TEST_SUITE_P(
                       Placing{letter(PageScaling::FitToPage), {306, 360}, portrait, {0, 36, 612, 720}},
                       Placing{letter(PageScaling::FitToPage), {360, 306}, landscape, {36, 0, 720, 612}},
                       Placing{letter(PageScaling::FitToPage, AutoRotate::No), {306, 102}, portrait, {0, 294, 612, 204}},
+                      Placing{ledger(), {612, 396}, {1224, 792}, {0, 0, 1224, 792}},
+                      Placing{ledger(), {306, 612}, {792, 1224}, {90, 0, 612, 1224}},
                       Placing{withMargins(PageScaling::FitToPage), {300, 300}, portrait, {12, 90, 600, 600}},
                       Placing{withMargins(PageScaling::None), {612, 792}, portrait, {0, 0, 612, 792}}));
 
