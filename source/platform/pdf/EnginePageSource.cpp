@@ -1,9 +1,9 @@
 #include "platform/core/Log.h"
 #include "platform/pdf/DocumentFile.h"
 #include "platform/pdf/ImageBufferPool.h"
+#include "platform/pdf/OpeningOutcome.h"
 #include "platform/pdf/PageHelper.h"
 #include "platform/pdf/PageSource.h"
-#include "platform/pdf/ProblemSentences.h"
 
 #include <QCoreApplication>
 #include <QElapsedTimer>
@@ -49,29 +49,6 @@ class Text
     Q_DECLARE_TR_FUNCTIONS(PageSource)
 };
 
-OpenOutcome failure(const QString &sentence)
-{
-    return {OpenOutcome::State::Failed, sentence, false, 0, {}};
-}
-
-OpenOutcome outcomeFor(Ending ending, const OpenReply &reply)
-{
-    if (ending == Ending::NotStarted)
-        return failure(
-            Text::tr("The part of Inkory that reads PDF documents could not be started. Installing Inkory again may "
-                     "help."));
-    if (ending == Ending::Overran)
-        return failure(
-            Text::tr("Opening this PDF document takes too long: it is damaged, or made to be slow. Ask its sender "
-                     "for another copy."));
-    const OpenProblem problem = ending == Ending::Answered ? reply.problem : OpenProblem::Damaged;
-    const bool asks = problem == OpenProblem::PasswordNeeded || problem == OpenProblem::PasswordWrong;
-    const auto state = problem == OpenProblem::None ? OpenOutcome::State::Open
-                       : asks                       ? OpenOutcome::State::PasswordNeeded
-                                                    : OpenOutcome::State::Failed;
-    return {state, sentenceFor(problem), reply.isRepaired, reply.pageCount, reply.firstPageSize};
-}
-
 class EnginePageSource : public PageSource
 {
 public:
@@ -86,9 +63,14 @@ public:
     void cancel(DrawToken token) override;
 
 private:
-    /// After all that is drawn comes what takes long.
+    /// After all that is drawn comes what takes long, then what nobody waits for.
     static constexpr int visibleRank = static_cast<int>(DrawPriority::Visible);
     static constexpr int backgroundRank = static_cast<int>(DrawPriority::Ahead) + 1;
+    static constexpr int idleRank = backgroundRank + 1;
+    static int rankOf(DrawPriority priority)
+    {
+        return priority == DrawPriority::Idle ? idleRank : static_cast<int>(priority);
+    }
     using Key = std::pair<int, DrawToken>; // rank and token: the order of working
     struct Job
     {
@@ -113,6 +95,8 @@ private:
     void dispatch();
     std::optional<std::size_t> helperFor(int rank);
     bool freeHelper(std::size_t index, int rank);
+    bool isOnlyIdleWorkWaiting() const;
+    void interruptIdleWork();
     void openWhereIdle();
     void startJob(std::size_t index);
     void finishJob(std::size_t index, Ending ending, PageAnswer answer);
@@ -181,7 +165,7 @@ void EnginePageSource::finishOpening(Ending ending, const OpenReply &reply)
     const OpenDone done = std::exchange(m_opening, nullptr);
     dispatchLater(0);
     if (done)
-        done(outcomeFor(ending, reply)); // last: it may open again, or destroy this source
+        done(openingOutcome(ending, reply)); // last: it may open again, or destroy this source
 }
 
 void EnginePageSource::callAfterFirstPage(std::function<void()> done)
@@ -228,19 +212,18 @@ void EnginePageSource::refuseLater(DrawToken token, Job job)
 
 DrawToken EnginePageSource::draw(const DrawRequest &request, DrawPriority priority, Done<QImage> done)
 {
-    return add(static_cast<int>(priority), request, isDrawable(request), std::move(done),
-               Text::tr("This page cannot be drawn."));
+    return add(rankOf(priority), request, isDrawable(request), std::move(done), Text::tr("This page cannot be drawn."));
 }
 
 DrawToken EnginePageSource::readText(int page, DrawPriority priority, Done<PageText> done)
 {
-    return add(static_cast<int>(priority), TextRequest{page}, page >= 0, std::move(done),
+    return add(rankOf(priority), TextRequest{page}, page >= 0, std::move(done),
                Text::tr("The text of this page cannot be read."));
 }
 
 DrawToken EnginePageSource::readLinks(int page, DrawPriority priority, Done<std::vector<PageLink>> done)
 {
-    return add(static_cast<int>(priority), LinksRequest{page}, page >= 0, std::move(done),
+    return add(rankOf(priority), LinksRequest{page}, page >= 0, std::move(done),
                Text::tr("The links of this page cannot be read."));
 }
 
@@ -323,11 +306,34 @@ void EnginePageSource::dispatch()
         if (rank != visibleRank)
             m_visibleWaits.invalidate();
         const auto helper = helperFor(rank);
-        if (!helper)
+        if (!helper) {
+            interruptIdleWork();
             return;
+        }
         startJob(*helper);
     }
     m_visibleWaits.invalidate();
+}
+
+bool EnginePageSource::isOnlyIdleWorkWaiting() const
+{
+    return !m_waiting.empty() && m_waiting.begin()->first.first == idleRank;
+}
+
+// Not for the same image: nothing is gained by beginning it anew.
+void EnginePageSource::interruptIdleWork()
+{
+    Running &running = m_running[0];
+    if (!running.job || running.key.first != idleRank || isOnlyIdleWorkWaiting())
+        return;
+    const auto *wanted = std::get_if<DrawRequest>(&m_waiting.begin()->second.request);
+    const auto *present = std::get_if<DrawRequest>(&running.job->request);
+    if (wanted && present && *wanted == *present)
+        return;
+    m_waiting.emplace(running.key, std::move(*running.job));
+    running.job.reset();
+    m_helpers[0].giveUpJob();
+    dispatchLater(0);
 }
 
 // Opens the document in helpers that do not have it as it is now, so that no visible page has to wait for that: not
@@ -371,7 +377,10 @@ void EnginePageSource::finishJob(std::size_t index, Ending ending, PageAnswer an
     const bool isAgain = running.job && isTriedAgain(*running.job, ending);
     if (isAgain)
         m_waiting.emplace(running.key, std::move(*running.job));
-    dispatch(); // before the answer, so that the helper need not wait for what is done with it
+    if (isOnlyIdleWorkWaiting())
+        dispatchLater(0); // the answer may lead to something that is wanted
+    else
+        dispatch(); // before the answer, so that the helper need not wait for what is done with it
     if (m_waiting.empty() && m_hasShownPage && !m_quiet.isActive())
         m_quiet.start();
     if (isAgain || !running.job)

@@ -35,8 +35,10 @@ struct OpenOutcome
     QSizeF firstPageSize;
 };
 
-/// Visible pages come before thumbnails, these before what may be needed soon.
-enum class DrawPriority { Visible, Thumbnail, Ahead };
+/// Visible pages come before thumbnails, these before what may be needed soon. Idle is for images that nobody waits for:
+/// they come after everything else, also outline and search, and one that is being drawn makes room for whatever comes,
+/// to be begun anew later.
+enum class DrawPriority { Visible, Thumbnail, Ahead, Idle };
 
 /// Names a request; 0 names none.
 using DrawToken = quint64;
@@ -73,9 +75,9 @@ public:
     /// In the order in which they lie over each other, the topmost last.
     virtual DrawToken readLinks(int page, DrawPriority priority,
                                 std::function<void(const Result<std::vector<PageLink>> &)> done) = 0;
-    /// Empty for a document that has none. Comes after all that is drawn.
+    /// Empty for a document that has none. Comes after all that is drawn and wanted.
     virtual DrawToken readOutline(std::function<void(const Result<std::vector<OutlineItem>> &)> done) = 0;
-    /// Searches on when asked again from FindReply::nextPage on. Comes after all that is drawn. Fails over the
+    /// Searches on when asked again from FindReply::nextPage on. Comes after all that is drawn and wanted. Fails over the
     /// request's first page only: the one after it can be searched. A text of nothing but white space occurs nowhere.
     virtual DrawToken find(const FindRequest &request, std::function<void(const Result<FindReply> &)> done) = 0;
 

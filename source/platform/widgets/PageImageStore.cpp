@@ -204,7 +204,7 @@ void PageImageStore::drawAhead(const std::vector<const PDFPage *> &pages, double
         if (!isOneImage(whole) || bytes > maxBytesFor(m_priority) || isHeld || hasFailed(*page, scale, whole) ||
             m_requests.contains(keyOf(*page)))
             continue;
-        m_requests[keyOf(*page)] = {0, draw(*page, scale, whole, DrawPriority::Ahead), scale, whole, false};
+        m_requests[keyOf(*page)] = {0, draw(*page, scale, whole, DrawPriority::Idle), scale, whole, false};
     }
 }
 

@@ -105,6 +105,22 @@ TEST_F(DrawEngine, ReplacesAHelperThatDoesNotGiveUpForAVisiblePage)
     EXPECT_NE(test::helperProcesses().at(0), stuck);
 }
 
+TEST_F(DrawEngine, WhatNobodyWaitsForMakesRoomForEverythingElse)
+{
+    ASSERT_EQ(open(test::threePages()).state, OpenOutcome::State::Open);
+    QString answers;
+    const auto note = [&answers](char name) {
+        return [&answers, name](const auto &) { answers += QLatin1Char(name); };
+    };
+    kill(test::helperProcesses().at(0), SIGSTOP); // as over a page that takes long
+    m_source->draw(wholeFirstPage, DrawPriority::Idle, note('i'));
+    QTest::qWait(50);
+    m_source->find({QStringLiteral("e"), 0, 3}, note('f'));
+    m_source->readText(0, DrawPriority::Ahead, note('t'));
+    EXPECT_TRUE(QTest::qWaitFor([&] { return answers.size() == 3; }, 10'000));
+    EXPECT_EQ(answers, QStringLiteral("tfi"));
+}
+
 TEST_F(DrawEngine, HasASecondHelperReadyForAVisiblePage)
 {
     ASSERT_EQ(open(test::threePages()).state, OpenOutcome::State::Open);
