@@ -45,6 +45,10 @@ void KRPDFView::rotatePageByAngle(PDFPage &page, double angle)
     page.setRotation(static_cast<int>(std::trunc(page.rotation() + angle)));
     annotationsChangedOnPage(&page);
     layoutDocumentView();
+    const int index = page.index();
+    choosePage(index); // another one may have come to the middle: the next turn is for the same page
+    if (currentPageIndex() != index)
+        goToPage(index); // it became too short to reach into the view
     registerUndo(QStringLiteral("rotateCurrentPageByAngleObject"),
                  QVariantMap{{QStringLiteral("page"), QVariant::fromValue<PDFPage *>(&page)},
                              {QStringLiteral("angle"), static_cast<float>(-angle)}},

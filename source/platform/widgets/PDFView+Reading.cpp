@@ -39,10 +39,10 @@ QRect onPixels(const QRectF &rect)
             QSize(std::max(1, qRound(rect.right()) - corner.x()), std::max(1, qRound(rect.bottom()) - corner.y()))};
 }
 
-bool areSame(const PDFView::Place &a, const PDFView::Place &b)
+template <class LeftPlace> bool areSame(const LeftPlace &a, const LeftPlace &b)
 {
     constexpr double tolerance = 0.5; // points
-    return a.pageIndex == b.pageIndex && std::abs(a.corner.x - b.corner.x) < tolerance &&
+    return a.sourceIndex == b.sourceIndex && std::abs(a.corner.x - b.corner.x) < tolerance &&
            std::abs(a.corner.y - b.corner.y) < tolerance;
 }
 
@@ -193,7 +193,7 @@ void PDFView::followDestination(const PageDestination &destination)
     const PDFPage *page = pageForSourceIndex(destination.page);
     if (!page)
         return;
-    const Place left = place();
+    const LeftPlace left = placeToLeave();
     if (destination.top && std::isfinite(*destination.top)) {
         const QSizeF size = shownSize(page->geometry().cropBox, page->geometry().rotation);
         const QRectF line(0, std::clamp(*destination.top, 0.0, size.height()), size.width(), 0);
@@ -202,7 +202,7 @@ void PDFView::followDestination(const PageDestination &destination)
     } else {
         goToPage(page->index());
     }
-    if (areSame(place(), left))
+    if (areSame(placeToLeave(), left))
         return;
     m_reading->history.leave(left);
     Q_EMIT historyChanged();
@@ -220,18 +220,28 @@ bool PDFView::canGoForward() const
 
 void PDFView::goBack()
 {
-    if (const auto target = m_reading->history.back(place())) {
-        goToPlace(*target);
-        Q_EMIT historyChanged();
-    }
+    returnTo(m_reading->history.back(placeToLeave()));
 }
 
 void PDFView::goForward()
 {
-    if (const auto target = m_reading->history.forward(place())) {
-        goToPlace(*target);
-        Q_EMIT historyChanged();
-    }
+    returnTo(m_reading->history.forward(placeToLeave()));
+}
+
+PDFView::LeftPlace PDFView::placeToLeave() const
+{
+    const Place present = place();
+    const PDFPage *page = m_document ? m_document->pageAtIndex(present.pageIndex) : nullptr;
+    return {page ? page->sourceIndex() : -1, present.corner};
+}
+
+void PDFView::returnTo(const std::optional<LeftPlace> &target)
+{
+    if (!target)
+        return;
+    if (const PDFPage *page = pageForSourceIndex(target->sourceIndex))
+        goToPlace({page->index(), target->corner});
+    Q_EMIT historyChanged();
 }
 
 } // namespace inkory

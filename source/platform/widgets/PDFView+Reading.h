@@ -15,6 +15,15 @@
 namespace inkory
 {
 
+/// A place in the history, by the file's page, so that pages that are moved or inserted meanwhile do not mislead.
+struct PDFView::LeftPlace
+{
+    int sourceIndex = -1;
+    PagePoint corner;
+
+    bool operator==(const LeftPlace &) const = default;
+};
+
 /// What a view knows for reading; see PDFView+Reading.cpp.
 struct PDFView::Reading
 {
@@ -32,7 +41,7 @@ struct PDFView::Reading
     PageTexts texts;
     TextSelecting selecting;
     FindMarks marks;
-    NavigationHistory<Place> history;
+    NavigationHistory<LeftPlace> history;
     std::optional<Press> press;
     ViewPoint doubleClickPlace;
     QElapsedTimer sinceDoubleClick;

@@ -71,6 +71,8 @@ void PDFView::moveTo(const QPointF &position)
 
 void PDFView::positionChanged()
 {
+    if (!isLookedAt(m_chosenPage))
+        m_chosenPage = -1;
     setScrollBarValues();
     viewport()->update();
     noteCurrentPage();
@@ -160,6 +162,7 @@ void PDFView::resizeEvent(QResizeEvent *event)
     QAbstractScrollArea::resizeEvent(event);
     if (m_isSettingScrollBars)
         return; // whoever sets them goes on from here
+    m_zoomAnchor.reset();
     setScrollBarRanges();
     m_scrollPosition = bounded(m_scrollPosition);
     positionChanged();
@@ -174,6 +177,16 @@ void PDFView::goToPage(int index)
     const double left = across.intersects(page) ? across.left() : page.center().x() - across.width() / 2;
     scrollTo({left, page.top() - PageLayout::margin});
     choosePage(index); // also where there is nothing to scroll
+}
+
+// Whether the page covers the middle of the view's height, or is seen as a whole.
+bool PDFView::isLookedAt(int index) const
+{
+    if (index < 0 || index >= m_layout.pageCount())
+        return false;
+    const QRectF page = pageRectInWidget(index);
+    const double middle = viewport()->height() / 2.0;
+    return (page.top() <= middle && page.bottom() >= middle) || QRectF(viewport()->rect()).contains(page);
 }
 
 void PDFView::choosePage(int index)

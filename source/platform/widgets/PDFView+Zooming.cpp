@@ -64,7 +64,7 @@ void PDFView::zoomKeeping(double factor, const Place &kept, const QPointF &at)
     setScrollBarRanges();
     m_scrollPosition = bounded(positionFor());
     m_zoomAnchor.reset();
-    positionChanged(); // the page gone to stays the current one: zooming is not going elsewhere
+    positionChanged();
     // Before the frame, but after whoever else reacts to the same change.
     QMetaObject::invokeMethod(this, &PDFView::requestVisibleContent, Qt::QueuedConnection);
     Q_EMIT scaleFactorChanged();

@@ -48,7 +48,7 @@ public:
     ~PDFView() override;
 
     /// Not owned; none shows nothing. Starts at the top of the first page.
-    virtual void setDocument(PDFDocument *document);
+    void setDocument(PDFDocument *document);
     PDFDocument *document() const { return m_document; }
 
     /// Pixels (device-independent) per point.
@@ -64,8 +64,8 @@ public:
     void fitPageWidth();
     void fitPageSize();
 
-    /// The page gone to last, while it is visible and nothing was scrolled since; otherwise the one in the middle of
-    /// the view's height. None without pages.
+    /// The page gone to last, until the pages are scrolled, or zoomed so that another one is looked at; otherwise the
+    /// one in the middle of the view's height. None without pages.
     PDFPage *currentPage() const;
     /// -1 without pages.
     int currentPageIndex() const;
@@ -181,6 +181,9 @@ protected:
     /// of something small beside it.
     virtual ViewPoint tapTarget(const ViewPoint &point, double) const { return point; }
 
+    /// Makes the page the current one, where anything of it is seen, until the pages are scrolled.
+    void choosePage(int index);
+
     void paintEvent(QPaintEvent *event) override;
     void resizeEvent(QResizeEvent *event) override;
     void scrollContentsBy(int dx, int dy) override;
@@ -215,7 +218,7 @@ private:
     static double pixelsPerBarStep(double range);
     bool scrollWithKey(const QKeyEvent &event);
     void scrollSidewaysOrTurnPage(int direction);
-    void choosePage(int index);
+    bool isLookedAt(int index) const;
 
     // Zooming.
     /// Keeps the place at the point of the widget.
@@ -259,6 +262,7 @@ private:
     void drawAgain(int pageIndex);
 
     struct Reading;
+    struct LeftPlace;
     void setUpReading();
     /// Before the document changes.
     void forgetReading();
@@ -272,6 +276,8 @@ private:
     void endPress();
     void selectTo(const ViewPoint &point);
     void follow(const PageLink &link);
+    LeftPlace placeToLeave() const;
+    void returnTo(const std::optional<LeftPlace> &target);
 
     QPointer<PDFDocument> m_document;
     PageLayout m_layout;

@@ -5,7 +5,9 @@
 #include <QMouseEvent>
 #include <QTouchEvent>
 
+#include <algorithm>
 #include <cmath>
+#include <utility>
 
 namespace inkory
 {
@@ -18,22 +20,29 @@ constexpr double leastPinchDistance = 10;
 // How far a finger moves before it is not a tap: a few millimetres.
 constexpr double dragStartMetres = 0.003;
 
-std::vector<QPointF> fingersOf(const QTouchEvent &event)
-{
-    std::vector<QPointF> fingers;
-    for (const QEventPoint &point : event.points()) {
-        if (point.state() != QEventPoint::State::Released)
-            fingers.push_back(point.position());
-    }
-    return fingers;
-}
-
 double distanceBetween(const QPointF &a, const QPointF &b)
 {
     return std::hypot(a.x() - b.x(), a.y() - b.y());
 }
 
 } // namespace
+
+TouchInput::Fingers TouchInput::fingersOf(const QTouchEvent &event)
+{
+    Fingers fingers;
+    for (const QEventPoint &point : event.points()) {
+        if (point.state() != QEventPoint::State::Released)
+            fingers.push_back({point.id(), point.position()});
+    }
+    return fingers;
+}
+
+const TouchInput::Finger *TouchInput::fingerWithId(const Fingers &fingers, int id)
+{
+    const auto found =
+        std::find_if(fingers.begin(), fingers.end(), [id](const Finger &finger) { return finger.id == id; });
+    return found != fingers.end() ? &*found : nullptr;
+}
 
 bool TouchInput::handle(QEvent *event)
 {
@@ -76,15 +85,16 @@ void TouchInput::stop()
 bool TouchInput::begin(const QTouchEvent &event)
 {
     const Fingers fingers = fingersOf(event);
-    if (fingers.empty() || belongsToChild(fingers.front()))
+    if (fingers.empty() || belongsToChild(fingers.front().at))
         return false; // becomes a mouse event for it
     m_view.m_glide.stop();
     if (fingers.size() > 1) {
-        startPinch(fingers);
-    } else if (m_view.claimsTouch(m_view.viewPointAt(fingers.front()))) {
+        startPinch(fingers[0], fingers[1]);
+    } else if (m_view.claimsTouch(m_view.viewPointAt(fingers.front().at))) {
         stop();
         m_mode = Mode::Drag;
-        m_last = fingers.front();
+        m_finger = fingers.front().id;
+        m_last = fingers.front().at;
         sendMouse(QEvent::MouseButtonPress, m_last);
     } else {
         m_mayTap = !m_scroller || m_scroller->state() == QScroller::Inactive; // otherwise it ends the gliding
@@ -96,29 +106,51 @@ bool TouchInput::begin(const QTouchEvent &event)
 void TouchInput::move(const QTouchEvent &event)
 {
     const Fingers fingers = fingersOf(event);
-    const auto milliseconds = static_cast<qint64>(event.timestamp());
-    if (fingers.empty())
+    if (m_mode == Mode::None || fingers.empty())
         return;
-    if (m_mode == Mode::Drag) {
-        m_last = fingers.front();
-        sendMouse(QEvent::MouseMove, m_last);
-    } else if (fingers.size() > 1) {
-        if (m_mode == Mode::Scroll)
-            startPinch(fingers);
+    if (m_mode == Mode::Drag || (m_mode == Mode::Scroll && fingers.size() == 1))
+        moveOne(fingers, event);
+    else if (fingers.size() > 1)
         pinch(fingers);
-    } else if (m_mode == Mode::Pinch) {
-        startScrolling(fingers.front(), milliseconds); // with the finger that stayed
-    } else if (m_mode == Mode::Scroll) {
-        m_last = fingers.front();
+    else
+        startScrolling(fingers.front(), static_cast<qint64>(event.timestamp())); // with the finger that stayed
+}
+
+void TouchInput::moveOne(const Fingers &fingers, const QTouchEvent &event)
+{
+    const auto milliseconds = static_cast<qint64>(event.timestamp());
+    const Finger *finger = fingerWithId(fingers, m_finger);
+    if (finger && finger->at == m_last)
+        return; // another one moved
+    if (finger)
+        m_last = finger->at;
+    if (m_mode == Mode::Drag && !finger) {
+        m_mode = Mode::None; // the others do nothing until they are lifted, too
+        sendMouse(QEvent::MouseButtonRelease, placeOfLifted(event));
+    } else if (m_mode == Mode::Drag) {
+        sendMouse(QEvent::MouseMove, m_last);
+    } else if (finger) {
         scroller().handleInput(QScroller::InputMove, m_last, milliseconds);
         m_mayTap = m_mayTap && scroller().state() == QScroller::Pressed;
+    } else {
+        stop();
+        m_mayTap = false;
+        startScrolling(fingers.front(), milliseconds);
     }
+}
+
+QPointF TouchInput::placeOfLifted(const QTouchEvent &event) const
+{
+    const auto points = event.points();
+    const auto found =
+        std::find_if(points.begin(), points.end(), [this](const QEventPoint &point) { return point.id() == m_finger; });
+    return found != points.end() ? found->position() : m_last;
 }
 
 void TouchInput::lift(const QTouchEvent &event)
 {
     const Mode mode = std::exchange(m_mode, Mode::None);
-    const QPointF position = event.points().isEmpty() ? m_last : event.points().front().position();
+    const QPointF position = placeOfLifted(event);
     if (mode == Mode::Drag) {
         sendMouse(QEvent::MouseButtonRelease, position);
     } else if (mode == Mode::Scroll) {
@@ -140,29 +172,37 @@ void TouchInput::cancel()
     m_pinch.reset();
 }
 
-void TouchInput::startScrolling(const QPointF &finger, qint64 milliseconds)
+void TouchInput::startScrolling(const Finger &finger, qint64 milliseconds)
 {
     m_mode = Mode::Scroll;
     m_pinch.reset();
-    m_last = finger;
-    scroller().handleInput(QScroller::InputPress, finger, milliseconds);
+    m_finger = finger.id;
+    m_last = finger.at;
+    scroller().handleInput(QScroller::InputPress, finger.at, milliseconds);
 }
 
-void TouchInput::startPinch(const Fingers &fingers)
+void TouchInput::startPinch(const Finger &one, const Finger &other)
 {
     stop();
     m_mode = Mode::Pinch;
     m_mayTap = false;
-    m_pinch = Pinch{std::max(leastPinchDistance, distanceBetween(fingers[0], fingers[1])), m_view.scaleFactor(),
-                    m_view.placeAt((fingers[0] + fingers[1]) / 2)};
+    m_pinch = Pinch{{one.id, other.id},
+                    std::max(leastPinchDistance, distanceBetween(one.at, other.at)),
+                    m_view.scaleFactor(),
+                    m_view.placeAt((one.at + other.at) / 2)};
 }
 
+// With another pair of fingers it begins anew: the pages do not jump from one to the other.
 void TouchInput::pinch(const Fingers &fingers)
 {
-    if (!m_pinch)
+    const Finger *one = m_pinch ? fingerWithId(fingers, m_pinch->fingers[0]) : nullptr;
+    const Finger *other = m_pinch ? fingerWithId(fingers, m_pinch->fingers[1]) : nullptr;
+    if (!one || !other) {
+        startPinch(fingers[0], fingers[1]);
         return;
-    const double spread = std::max(leastPinchDistance, distanceBetween(fingers[0], fingers[1])) / m_pinch->distance;
-    m_view.zoomKeeping(m_pinch->factor * spread, m_pinch->middle, (fingers[0] + fingers[1]) / 2);
+    }
+    const double spread = std::max(leastPinchDistance, distanceBetween(one->at, other->at)) / m_pinch->distance;
+    m_view.zoomKeeping(m_pinch->factor * spread, m_pinch->middle, (one->at + other->at) / 2);
 }
 
 // Buttons and fields over the pages get what Qt makes of fingers that nobody takes: a mouse.

@@ -6,6 +6,7 @@
 #include <QPointF>
 #include <QScroller>
 
+#include <array>
 #include <optional>
 #include <vector>
 
@@ -29,21 +30,31 @@ public:
 
 private:
     enum class Mode { None, Scroll, Drag, Pinch };
+    struct Finger
+    {
+        int id;
+        QPointF at;
+    };
+    using Fingers = std::vector<Finger>; // that are down
     struct Pinch
     {
+        std::array<int, 2> fingers{};
         double distance = 0;   // between the fingers when they began
         double factor = 1;     // the view's zoom factor then
         PDFView::Place middle; // what was between the fingers then
     };
-    using Fingers = std::vector<QPointF>;
 
+    static Fingers fingersOf(const QTouchEvent &event);
+    static const Finger *fingerWithId(const Fingers &fingers, int id);
     bool begin(const QTouchEvent &event);
     void move(const QTouchEvent &event);
     void lift(const QTouchEvent &event);
     void cancel();
-    void startScrolling(const QPointF &finger, qint64 milliseconds);
-    void startPinch(const Fingers &fingers);
+    void startScrolling(const Finger &finger, qint64 milliseconds);
+    void moveOne(const Fingers &fingers, const QTouchEvent &event);
+    void startPinch(const Finger &one, const Finger &other);
     void pinch(const Fingers &fingers);
+    QPointF placeOfLifted(const QTouchEvent &event) const;
     bool belongsToChild(const QPointF &finger) const;
     QPointF tapTarget();
     void sendMouse(QEvent::Type type, const QPointF &position) const;
@@ -52,7 +63,8 @@ private:
     PDFView &m_view;
     Mode m_mode = Mode::None;
     bool m_mayTap = false;
-    QPointF m_last; // where the one finger is
+    int m_finger = 0; // the one that scrolls or drags
+    QPointF m_last;   // where it is
     std::optional<Pinch> m_pinch;
     QScroller *m_scroller = nullptr; // owned by the viewport; made for the first finger
 };

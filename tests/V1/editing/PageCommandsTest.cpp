@@ -26,6 +26,25 @@ TEST_F(EditingFixture, TurningAPageIsUndoneAndRedoneAlsoFromAnotherPage)
     EXPECT_FALSE(undoManager.canUndo()) << "no turn, no step";
 }
 
+// Lying, the first page ends 226 pixels below the view's upper edge, the middle being at 250.
+TEST_F(EditingFixture, TurningTwiceTurnsTheSamePage)
+{
+    open(threePages());
+    view->setScaleFactor(0.35);
+    for (int turn = 0; turn < 2; ++turn) {
+        view->rotateCurrentPageClockwise();
+        QCoreApplication::processEvents();
+    }
+    EXPECT_EQ(page(0).rotation(), 180);
+    undoManager.undo();
+    view->rotateCurrentPageClockwise();
+    EXPECT_EQ(page(0).rotation(), 180);
+    view->setScaleFactor(3);
+    view->scrollToVisible({0, 0, 600, 1}, &page(0)); // its lower edge, which is above the view when it lies
+    view->rotateCurrentPageClockwise();
+    EXPECT_EQ(view->currentPageIndex(), 0);
+}
+
 TEST_F(EditingFixture, FlippingReversesAndTurnsEverything)
 {
     open(manyPages(5));

@@ -190,6 +190,9 @@ TEST_F(Reading, LinksInsideGoThereAndBack)
     EXPECT_TRUE(view.canGoForward());
     document.exchangePages(0, 2);
     EXPECT_EQ(view.pageForSourceIndex(2), document.pageAtIndex(0));
+    view.layoutDocumentView();
+    view.goForward();
+    EXPECT_EQ(view.place().pageIndex, 0) << "the page that was left, wherever it is now";
     EXPECT_EQ(view.pageForSourceIndex(-1), nullptr);
 }
 

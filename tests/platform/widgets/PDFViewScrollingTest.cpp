@@ -184,6 +184,32 @@ TEST_F(Scrolled, ZoomingToAndFroComesBack)
     }
 }
 
+// At 0.3 about the lower edge, page 2 begins 140 pixels above that, and page 1 covers the middle.
+TEST_F(Scrolled, ThePageGoneToIsTheCurrentOneAsLongAsItIsLookedAt)
+{
+    open(manyPages(5));
+    view.goToPage(3);
+    view.setScaleFactor(0.5);
+    EXPECT_EQ(view.currentPageIndex(), 3);
+    view.goToPage(2);
+    view.setScaleFactor(1);
+    view.goToPage(2);
+    view.setScaleFactor(0.3, {200, 0});
+    EXPECT_EQ(view.currentPageIndex(), 1);
+}
+
+TEST_F(Scrolled, WhatStaysWhereItIsIsFoundAnewAfterResizing)
+{
+    open(manyPages(5));
+    view.verticalScrollBar()->setValue(view.verticalScrollBar()->maximum());
+    view.setScaleFactor(1.2, {200, 380});
+    view.resize(640, 700); // the end of the document stays at the lower edge
+    const PDFPage *page = view.pageForPoint({200, 600}, PageSearch::Nearest);
+    const PagePoint kept = view.convertPointToPage({200, 600}, page);
+    view.setScaleFactor(1.5, {200, 600});
+    EXPECT_NEAR(view.convertPointFromPage(kept, page).y, 600, 1);
+}
+
 TEST_F(Scrolled, KeysScroll)
 {
     open(manyPages(5));
@@ -279,6 +305,24 @@ TEST_F(Scrolled, OneFingerScrollsTapsAndDragsWhatIsClaimed)
     EXPECT_EQ(position(), stays);
 }
 
+TEST_F(Scrolled, ADragFollowsItsOwnFingerOnly)
+{
+    open(manyPages(5));
+    view.claimed = QRectF(250, 50, 100, 100);
+    const QPointF stays = position();
+    auto touch = QTest::touchEvent(view.viewport(), screen.get(), false);
+    touch.press(3, {300, 100}, view.viewport()).commit();
+    touch.stationary(3).press(1, {100, 100}, view.viewport()).commit();
+    touch.move(3, {300, 200}, view.viewport()).move(1, {120, 100}, view.viewport()).commit();
+    touch.stationary(3).release(1, {120, 100}, view.viewport()).commit();
+    touch.stationary(3).press(2, {400, 100}, view.viewport()).commit();
+    touch.release(3, {300, 210}, view.viewport()).stationary(2).commit();
+    touch.move(2, {400, 300}, view.viewport()).commit();
+    touch.release(2, {400, 300}, view.viewport()).commit();
+    EXPECT_EQ(view.mouse.join(u';').toStdString(), "press 300,100;move 300,200;release 300,210");
+    EXPECT_EQ(position(), stays);
+}
+
 TEST_F(Scrolled, TwoFingersZoomAboutWhatIsBetweenThem)
 {
     open(manyPages(5));
@@ -293,7 +337,12 @@ TEST_F(Scrolled, TwoFingersZoomAboutWhatIsBetweenThem)
     const ViewPoint now = view.convertPointFromPage(between, page);
     EXPECT_NEAR(now.x, 325, 0.51); // whole pixels
     EXPECT_NEAR(now.y, 230, 0.51);
-    touch.release(0, {200, 250}, view.viewport()).release(1, {450, 250}, view.viewport()).commit();
+    touch.stationary(0).stationary(1).press(2, {450, 350}, view.viewport()).commit();
+    touch.release(0, {200, 250}, view.viewport()).stationary(1).stationary(2).commit();
+    EXPECT_DOUBLE_EQ(view.scaleFactor(), 2.5) << "another pair of fingers";
+    touch.stationary(1).move(2, {450, 450}, view.viewport()).commit(); // 100 pixels apart, then 200
+    EXPECT_DOUBLE_EQ(view.scaleFactor(), 5);
+    touch.release(1, {450, 250}, view.viewport()).release(2, {450, 450}, view.viewport()).commit();
     EXPECT_EQ(view.mouse, QStringList());
 }
 
