@@ -1,11 +1,13 @@
 #include "platform/engine/FoldedText.h"
 
 #include "platform/engine/Characters.h"
+#include "platform/pdf/PageText.h"
 
 #include <QHash>
 #include <QStringMatcher>
 
 #include <algorithm>
+#include <utility>
 
 namespace inkory
 {
@@ -14,7 +16,6 @@ namespace
 {
 
 constexpr char32_t firstNotAscii = 0x80;
-constexpr char32_t softHyphen = 0xAD;
 
 // Vowel signs of some scripts are marks, too, but such that say what is read; they have no class.
 bool isLeftOut(char32_t character)
@@ -50,17 +51,20 @@ QString foldedCharacter(char32_t character)
 
 } // namespace
 
-FoldedText::FoldedText(QStringView text) : m_size(text.size())
+FoldedText::FoldedText(QStringView text, DividedWord divided) : m_size(text.size())
 {
     m_folded.reserve(m_size);
     m_origins.reserve(static_cast<std::size_t>(m_size) + 1);
     QHash<char32_t, QString> known; // a page consists of few different characters
-    bool isAfterSoftHyphen = false;
+    char32_t previous = 0;
     forEachCharacter(text, [&](char32_t character, qsizetype origin) {
-        const bool isJoint = isAfterSoftHyphen && character == U'\n';
-        isAfterSoftHyphen = character == softHyphen;
-        if (isJoint)
+        const char32_t last = std::exchange(previous, character);
+        const bool isDivided = isHyphen(last) && divided != DividedWord::InTwo;
+        if (character == U'\n' && (last == softHyphen || isDivided)) {
+            if (isDivided && divided == DividedWord::WithoutHyphen)
+                removeLast();
             return;
+        }
         if (character < firstNotAscii) {
             add(QChar::isSpace(character) ? QLatin1Char(' ') : QChar(char16_t(QChar::toLower(character))), origin);
             return;
@@ -80,6 +84,12 @@ void FoldedText::add(QChar unit, qsizetype origin)
         return;
     m_folded += unit;
     m_origins.push_back(origin);
+}
+
+void FoldedText::removeLast()
+{
+    m_folded.chop(1);
+    m_origins.pop_back();
 }
 
 bool FoldedText::isBlank() const

@@ -22,7 +22,13 @@ public:
         bool operator==(const Range &) const = default;
     };
 
-    explicit FoldedText(QStringView text);
+    /// What a hyphen and the line feed behind it are read as.
+    enum class DividedWord { InTwo, WithHyphen, WithoutHyphen };
+
+    explicit FoldedText(QStringView text, DividedWord divided = DividedWord::InTwo);
+
+    /// One that is seen.
+    static bool isHyphen(char32_t character) { return character == U'-' || character == 0x2010; }
 
     const QString &folded() const { return m_folded; }
 
@@ -35,6 +41,7 @@ public:
 
 private:
     void add(QChar unit, qsizetype origin);
+    void removeLast();
     qsizetype endOfCharacter(qsizetype index) const;
 
     QString m_folded;

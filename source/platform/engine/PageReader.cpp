@@ -2,7 +2,7 @@
 
 #include "platform/engine/Characters.h"
 #include "platform/engine/LibraryCalls.h"
-#include "platform/engine/PageSearch.h"
+#include "platform/engine/PageHits.h"
 #include "platform/engine/TextCollector.h"
 
 #include <QElapsedTimer>
@@ -229,7 +229,8 @@ std::vector<OutlineItem> PageReader::outline(const IsCancelled &isCancelled) con
 
 FindReply PageReader::find(const FindRequest &request, const IsCancelled &isCancelled) const
 {
-    FindReply reply{{}, request.endPage};
+    FindReply reply;
+    reply.nextPage = request.endPage;
     const FoldedText query(request.text);
     const int count = m_document.library() ? m_document.library()->numPages() : 0;
     const int end = query.isBlank() ? 0 : std::min(request.endPage, count);
@@ -242,10 +243,7 @@ FindReply PageReader::find(const FindRequest &request, const IsCancelled &isCanc
             reply.nextPage = page;
             break;
         }
-        for (FindHit &hit : hitsOn(page, text(page, isCancelled), query)) {
-            areaCount += hit.areas.size();
-            reply.hits.push_back(std::move(hit));
-        }
+        areaCount += addHits(page, text(page, isCancelled), query, reply);
     }
     return reply;
 }

@@ -125,8 +125,8 @@ void TextCollector::endWord()
 void TextCollector::append(const Character &character)
 {
     const qsizetype units = QChar::requiresSurrogates(character.code) ? 2 : 1;
-    m_isFull = m_isFull || m_text.text.size() + units > PageText::mostCharacters;
-    if (m_isFull)
+    m_text.isCut = m_text.isCut || m_text.text.size() + units > PageText::mostCharacters;
+    if (m_text.isCut)
         return;
     m_text.boxes.push_back(character.box);
     if (units == 1) {

@@ -24,7 +24,7 @@ public:
     void endLine();
 
     /// Whether something had to be left out as there is no room for more.
-    bool isFull() const { return m_isFull; }
+    bool isFull() const { return m_text.isCut; }
 
     /// What has been collected up to the last line's end.
     PageText take();
@@ -41,7 +41,6 @@ private:
     PageText m_text;
     std::vector<Character> m_line;
     bool m_isFromRight = false; // whether something in the line is read from right to left
-    bool m_isFull = false;
 };
 
 } // namespace inkory

@@ -13,10 +13,13 @@
 namespace inkory
 {
 
+/// Shows only where a word is divided at the end of its line.
+inline constexpr char16_t softHyphen = 0x00AD;
+
 /// The text of one page in reading order.
 struct PageText
 {
-    /// More characters than this are left out.
+    /// UTF-16 units; what stands behind them is left out.
     static constexpr qsizetype mostCharacters = 100'000;
 
     /// Words are separated by a space, lines by a line feed.
@@ -24,6 +27,8 @@ struct PageText
     /// For each UTF-16 unit of the text where it stands; empty for separators, and for all but the first unit of what
     /// is one character on the page.
     std::vector<QRectF> boxes;
+    /// Whether something was left out.
+    bool isCut = false;
 
     bool operator==(const PageText &) const = default;
 };
@@ -109,6 +114,10 @@ struct FindReply
     std::vector<FindHit> hits;
     /// The first page that was not searched: at least one page always is.
     int nextPage = 0;
+    /// Whether one of the pages has text.
+    bool hasText = false;
+    /// Whether the pages may have more hits: of a page with too many of them, or too much text, the rest is left out.
+    bool isCut = false;
 
     bool operator==(const FindReply &) const = default;
 };

@@ -220,19 +220,21 @@ bool append(sd_bus_message *message, const PageText &text)
     numbers.reserve(text.boxes.size() * numbersPerArea);
     for (const QRectF &box : text.boxes)
         addArea(numbers, box);
-    return appendText(message, text.text) && appendArray(message, 'd', numbers);
+    return appended(sd_bus_message_append(message, "b", static_cast<int>(text.isCut))) &&
+           appendText(message, text.text) && appendArray(message, 'd', numbers);
 }
 
 std::optional<PageText> readPageText(sd_bus_message *message)
 {
-    if (!isMessageOf(message, "aqad"))
+    int isCut = 0;
+    if (!isMessageOf(message, "baqad") || sd_bus_message_read(message, "b", &isCut) < 0)
         return std::nullopt;
     auto text = readText(message, PageText::mostCharacters);
     std::span<const double> numbers;
     if (!text || !readArray(message, 'd', numbers) ||
         numbers.size() != static_cast<std::size_t>(text->size()) * numbersPerArea)
         return std::nullopt;
-    PageText read{std::move(*text), {}};
+    PageText read{std::move(*text), {}, isCut != 0};
     read.boxes.reserve(numbers.size() / numbersPerArea);
     for (; !numbers.empty(); numbers = numbers.subspan(numbersPerArea)) {
         read.boxes.push_back(areaFrom(numbers));
@@ -327,19 +329,25 @@ bool append(sd_bus_message *message, const FindReply &reply)
         for (const QRectF &area : hit.areas)
             addArea(numbers, area);
     }
-    return appended(sd_bus_message_append(message, "i", reply.nextPage)) && appendArray(message, 'i', wholes) &&
-           appendArray(message, 'd', numbers);
+    return appended(sd_bus_message_append(message, "ibb", reply.nextPage, static_cast<int>(reply.hasText),
+                                          static_cast<int>(reply.isCut))) &&
+           appendArray(message, 'i', wholes) && appendArray(message, 'd', numbers);
 }
 
 std::optional<FindReply> readFindReply(sd_bus_message *message)
 {
     FindReply reply;
+    int hasText = 0;
+    int isCut = 0;
     std::span<const qint32> wholes;
     std::span<const double> numbers;
-    if (!isMessageOf(message, "iaiad") || sd_bus_message_read(message, "i", &reply.nextPage) < 0 ||
-        reply.nextPage < 1 || reply.nextPage > maxPageCount || !readArray(message, 'i', wholes) ||
-        !readArray(message, 'd', numbers) || !readHits(wholes, numbers, reply))
+    if (!isMessageOf(message, "ibbaiad") ||
+        sd_bus_message_read(message, "ibb", &reply.nextPage, &hasText, &isCut) < 0 || reply.nextPage < 1 ||
+        reply.nextPage > maxPageCount || !readArray(message, 'i', wholes) || !readArray(message, 'd', numbers) ||
+        !readHits(wholes, numbers, reply))
         return std::nullopt;
+    reply.hasText = hasText != 0;
+    reply.isCut = isCut != 0;
     return reply;
 }
 

@@ -8,8 +8,6 @@ namespace inkory
 namespace
 {
 
-constexpr char16_t softHyphen = 0x00AD;
-
 bool isForPeople(QChar unit)
 {
     return unit == u'\n' || (unit.category() != QChar::Other_Control && unit != softHyphen);

@@ -1,5 +1,5 @@
 #include "platform/engine/FoldedText.h"
-#include "platform/engine/PageSearch.h"
+#include "platform/engine/PageHits.h"
 #include "platform/engine/TextCollector.h"
 
 #include <QList>
@@ -54,8 +54,46 @@ TEST(FoldedTextTest, AHitHasOneAreaForEachOfItsLines)
         page.boxes.emplace_back(i * 10, i < 5 ? 0 : 20, 10, 10);
     page.boxes[4] = page.boxes[2] = {};
     page.boxes[9] = page.boxes[10] = {};
-    EXPECT_EQ(hitsOn(7, page, FoldedText(u"B c D")), (std::vector<FindHit>{{7, {{10, 0, 30, 10}, {50, 20, 10, 10}}}}));
-    EXPECT_TRUE(hitsOn(7, page, FoldedText(u"f")).empty()) << "it is nowhere";
+    FindReply reply;
+    EXPECT_EQ(addHits(7, page, FoldedText(u"B c D"), reply), 2U);
+    EXPECT_EQ(addHits(8, page, FoldedText(u"f"), reply), 0U) << "it is nowhere";
+    EXPECT_EQ(reply, (FindReply{{{7, {{10, 0, 30, 10}, {50, 20, 10, 10}}}}, 0, true, false}));
+}
+
+PageText everywhere(const QString &text)
+{
+    return {text, std::vector(static_cast<std::size_t>(text.size()), QRectF(0, 0, 1, 1))};
+}
+
+TEST(FoldedTextTest, AWordMayBeDividedAtItsHyphen)
+{
+    const PageText page = everywhere(u"exam-\nple well\u2010\nknown pre-\nand, exam-\nple"_qs);
+    const auto count = [&page](QStringView query) {
+        FindReply reply;
+        addHits(0, page, FoldedText(query), reply);
+        return reply.hits.size();
+    };
+    EXPECT_EQ(count(u"example"), 2U);
+    EXPECT_EQ(count(u"exam- ple"), 2U);
+    EXPECT_EQ(count(u"well\u2010known"), 1U);
+    EXPECT_EQ(count(u"pre- and"), 1U);
+    EXPECT_EQ(count(u"pre-"), 1U) << "in one reading like in another";
+    EXPECT_EQ(count(u"ple wellknown pre"), 1U);
+}
+
+TEST(FoldedTextTest, SaysWhatIsLeftOut)
+{
+    const auto replyTo = [](const PageText &page) {
+        FindReply reply;
+        addHits(0, page, FoldedText(u"x"), reply);
+        return reply;
+    };
+    const FindReply all = replyTo(everywhere(QString(10'000, u'x')));
+    EXPECT_TRUE(all.hits.size() == 10'000 && !all.isCut);
+    const FindReply most = replyTo(everywhere(QString(10'001, u'x')));
+    EXPECT_TRUE(most.hits.size() == 10'000 && most.isCut);
+    EXPECT_TRUE(replyTo({u"y"_qs, {{}}, true}).isCut);
+    EXPECT_FALSE(replyTo(everywhere(u" \n"_qs)).hasText);
 }
 
 QString collected(const QString &asItStands)
@@ -103,6 +141,7 @@ TEST(TextCollectorTest, LeavesOutWhatIsTooMuchOrNoPlace)
     collector.endLine();
     EXPECT_TRUE(collector.isFull());
     const PageText text = collector.take();
+    EXPECT_TRUE(text.isCut);
     EXPECT_EQ(text.text.size(), 99'999) << "five units, and as many pairs as fit";
     EXPECT_TRUE(text.text.startsWith(u"ab\U0001D400\n\U0001D400"_qs));
     EXPECT_EQ(text.boxes.size(), 99'999U);

@@ -74,7 +74,7 @@ TEST_F(EngineMessages, ComeThroughAsTheyWereSent)
 
 TEST_F(EngineMessages, BringWhatWasRead)
 {
-    const PageText text{u"a\U0001D400"_qs, {{1, 2, 3, 4}, {-5, 0.5, 1e9, 1}, {}}};
+    const PageText text{u"a\U0001D400"_qs, {{1, 2, 3, 4}, {-5, 0.5, 1e9, 1}, {}}, true};
     EXPECT_EQ(readPageText(sent(text).get()), text);
     const std::vector<PageLink> links{{{1, 2, 3, 4}, PageDestination{7, {}}, {}},
                                       {{1, 2, 3, 4}, {}, u"https://\u00E4.example"_qs},
@@ -83,7 +83,7 @@ TEST_F(EngineMessages, BringWhatWasRead)
     const std::vector<OutlineItem> outline{
         {u"One"_qs, 0, PageDestination{7, 20}, true}, {u""_qs, 1, {}, false}, {u"\u00C4"_qs, 0, {}, true}};
     EXPECT_EQ(readOutline(sent(outline).get()), outline);
-    const FindReply found{{{3, {{1, 2, 3, 4}}}, {3, {{1, 2, 3, 4}, {5, 6, 7, 8}}}}, 5};
+    const FindReply found{{{3, {{1, 2, 3, 4}}}, {3, {{1, 2, 3, 4}, {5, 6, 7, 8}}}}, 5, true, false};
     EXPECT_EQ(readFindReply(sent(found).get()), found);
     EXPECT_EQ(readFind(sent(FindMessage{4, {u"a b"_qs, 2, 9}}).get())->request, (FindRequest{u"a b"_qs, 2, 9}));
 }
