@@ -105,7 +105,7 @@ void DocumentStatePage::showState(const PDFDocument &document, const QString &do
         m_patience.start();
         break;
     case PDFDocument::State::Locked:
-        m_titleText = tr("“%1” is protected");
+        m_titleText = tr("Enter the password of “%1”");
         m_passwordField->setAccessibleDescription(document.message());
         m_passwordField->setFocus();
         break;

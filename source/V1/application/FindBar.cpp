@@ -60,7 +60,7 @@ FindBar::FindBar(QWidget *parent)
     m_refreshPause.setSingleShot(true);
     m_refreshPause.setInterval(refreshPause);
     connect(m_field, &QLineEdit::textChanged, &m_typingPause, qOverload<>(&QTimer::start));
-    connect(&m_typingPause, &QTimer::timeout, this, &FindBar::search);
+    connect(&m_typingPause, &QTimer::timeout, this, [this] { searchFrom(m_view->place()); });
     connect(&m_refreshPause, &QTimer::timeout, this, &FindBar::showHits);
     connect(m_previousButton, &QToolButton::clicked, this, &FindBar::findPrevious);
     connect(m_nextButton, &QToolButton::clicked, this, &FindBar::findNext);
@@ -132,15 +132,19 @@ void FindBar::setPDFView(PDFView *view)
 
 void FindBar::open()
 {
-    const QString selected = m_field->hasFocus() ? QString() : m_view->selectedText();
-    if (!selected.isEmpty() && selected.size() <= longestSelection && !selected.contains(u'\n'))
+    const QString selected = m_field->hasFocus() ? QString() : m_view->selectedText(longestSelection + 1);
+    const bool takesSelection =
+        !selected.trimmed().isEmpty() && selected.size() <= longestSelection && !selected.contains(u'\n');
+    if (takesSelection)
         m_field->setText(selected);
     const bool wasHidden = isHidden();
     show();
     m_field->setFocus(Qt::ShortcutFocusReason);
     m_field->selectAll();
-    if (wasHidden || m_typingPause.isActive())
-        search();
+    if (takesSelection)
+        searchFrom(m_view->selectedPlace().value_or(m_view->place()));
+    else if (wasHidden || m_typingPause.isActive())
+        searchFrom(m_view->place());
 }
 
 void FindBar::dismiss()
@@ -148,15 +152,17 @@ void FindBar::dismiss()
     if (isHidden())
         return;
     m_typingPause.stop();
+    m_refreshPause.stop();
     Q_EMIT dismissed(); // first, so that the keyboard does not go to any other part of the window
     hide();
-    m_finder.cancel();
+    m_finder.pause();
+    m_view->setFindMarks({}, -1);
 }
 
-void FindBar::search()
+void FindBar::searchFrom(const PDFView::Place &place)
 {
     m_typingPause.stop();
-    m_finder.search(m_field->text(), m_view->place());
+    m_finder.search(m_field->text(), place);
 }
 
 // Otherwise they are being looked for now, and the first one of them comes by itself.
@@ -166,11 +172,15 @@ bool FindBar::showsHitsOfField()
         open();
         return false;
     }
-    const bool showsThem = !isHidden() && !m_typingPause.isActive() && m_finder.state() != TextFinder::State::Idle;
+    const bool hasThem = m_finder.text() == m_field->text() && m_finder.state() != TextFinder::State::Idle;
     show();
-    if (!showsThem)
-        search();
-    return showsThem;
+    if (hasThem) {
+        m_typingPause.stop();
+        m_finder.resume();
+    } else {
+        searchFrom(m_view->place());
+    }
+    return hasThem;
 }
 
 void FindBar::findNext()
@@ -196,6 +206,8 @@ void FindBar::hitsChanged()
 void FindBar::showHits()
 {
     m_refreshPause.stop();
+    if (isHidden())
+        return;
     m_view->setFindMarks(m_finder.hits(), m_finder.currentIndex());
     m_previousButton->setEnabled(m_finder.hitCount() > 0);
     m_nextButton->setEnabled(m_finder.hitCount() > 0);
@@ -212,7 +224,7 @@ void FindBar::showHits()
 void FindBar::showCurrentHit()
 {
     showHits();
-    const FindHit *hit = m_finder.currentHit();
+    const FindHit *hit = isHidden() ? nullptr : m_finder.currentHit();
     const PDFPage *page = hit ? m_view->pageForSourceIndex(hit->page) : nullptr;
     if (page)
         m_view->scrollToVisible(page->rectFromFileSpace(hit->areas.front()), page);
@@ -233,8 +245,8 @@ QString FindBar::noteText() const
 {
     if (m_finder.documentLacksText())
         return tr("This document has no text to search. Its pages may be scanned pictures.");
-    if (m_finder.isFull())
-        return tr("There are more: only the first %L1 are shown.").arg(TextFinder::mostHits);
+    if (m_finder.isCut())
+        return tr("There may be more: there is too much text to search all of it.");
     if (m_finder.failedPageCount() > 0)
         return tr("Pages that could not be searched: %L1").arg(m_finder.failedPageCount());
     return {};

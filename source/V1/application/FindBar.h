@@ -13,8 +13,6 @@ class QToolButton;
 namespace inkory
 {
 
-class PDFView;
-
 /// A strip below the pages in which the person looks for a text: it says which of how many hits is shown, and has the
 /// view mark them. Hidden until it is asked for.
 class FindBar : public QFrame
@@ -28,9 +26,9 @@ public:
     void setPDFView(PDFView *view);
 
     /// Shows the bar with the keyboard in its field. What is selected on the pages is looked for, if it is one short
-    /// line.
+    /// line, and is itself the first hit.
     void open();
-    /// Shows the bar, too, and looks for the former text, if it was hidden; without a text it is opened.
+    /// Shows the bar, too, if it was hidden, and goes on from the last hit; without a text it is opened.
     void findNext();
     void findPrevious();
     /// Hides the bar and takes the marks away; the text stays for the next time.
@@ -49,7 +47,7 @@ private:
     QToolButton *makeButton(const char *name, const QString &text);
     void arrange();
     void applyIcons();
-    void search();
+    void searchFrom(const PDFView::Place &place);
     bool showsHitsOfField();
     void hitsChanged();
     void showHits();

@@ -194,6 +194,13 @@ void PDFWindowController::showCurrentPage()
 
 void PDFWindowController::updatePageCommands()
 {
+    const bool isOpen = m_pdfDoc && m_pdfDoc->state() == PDFDocument::State::Open;
+    for (const char *name : {"actionZoomIn", "actionZoomOut", "actionZoomActual", "actionFitPage", "actionFitWidth",
+                             "actionPreviousPage", "actionNextPage", "actionGoToPage"})
+        outlet<QAction>(*window(), QLatin1String(name))->setEnabled(isOpen);
+    for (const char *name : {"zoomOutControl", "zoomControl"})
+        outlet<SegmentedControl>(*window(), QLatin1String(name))->setEnabled(isOpen);
+    m_zoomFactorField->setEnabled(isOpen);
     const bool canChange = m_pdfDoc && m_pdfDoc->canSave();
     for (const char *name : {"actionRotateLeft", "actionRotateRight", "actionFlip"})
         outlet<QAction>(*window(), QLatin1String(name))->setEnabled(canChange);

@@ -13,6 +13,8 @@
 #include "platform/widgets/PDFThumbnailView.h"
 
 #include <QAction>
+#include <QClipboard>
+#include <QGuiApplication>
 #include <QMenu>
 #include <QTabWidget>
 
@@ -31,6 +33,11 @@ void PDFWindowController::connectReadingActions()
     onTriggered("actionBack", [this] { m_pdfView->goBack(); });
     onTriggered("actionForward", [this] { m_pdfView->goForward(); });
     connect(m_pdfView, &PDFView::textSelectionChanged, this, &PDFWindowController::updateReadingCommands);
+    connect(m_pdfView, &PDFView::selectionCopied, this, [this](bool isWhole) {
+        if (!isWhole)
+            m_statusBar->showInlineMessage(tr("A part is missing from what was copied: not all text could be read."),
+                                           DocumentStatusBar::Stay::AWhile);
+    });
     connect(m_pdfView, &PDFView::historyChanged, this, &PDFWindowController::updateReadingCommands);
     // After the press that it came from: the question runs an event loop of its own.
     connect(m_pdfView, &PDFView::addressActivated, this, &PDFWindowController::askToOpenAddress, Qt::QueuedConnection);
@@ -74,6 +81,8 @@ void PDFWindowController::showContextMenu(const QPoint &place)
         m_pdfView->setSelectedStampView(stamp);
     auto *menu = new QMenu(m_pdfView);
     menu->setAttribute(Qt::WA_DeleteOnClose);
+    if (const QString address = m_pdfView->addressAt(point); !address.isEmpty())
+        addAddressItems(*menu, address);
     menu->addAction(outlet<QAction>(*window(), QStringLiteral("actionCopy")));
     menu->addAction(outlet<QAction>(*window(), QStringLiteral("actionSelectAll")));
     if (m_pdfView->selectedStampView()) {
@@ -81,6 +90,17 @@ void PDFWindowController::showContextMenu(const QPoint &place)
         menu->addAction(outlet<QAction>(*window(), QStringLiteral("actionDelete")));
     }
     menu->popup(m_pdfView->mapToGlobal(place));
+}
+
+void PDFWindowController::addAddressItems(QMenu &menu, const QString &address)
+{
+    // Queued: the question runs an event loop of its own, and the menu goes first.
+    connect(
+        menu.addAction(tr("&Open Address…")), &QAction::triggered, this, [this, address] { askToOpenAddress(address); },
+        Qt::QueuedConnection);
+    connect(menu.addAction(tr("Copy A&ddress")), &QAction::triggered, this,
+            [address] { QGuiApplication::clipboard()->setText(address); });
+    menu.addSeparator();
 }
 
 void PDFWindowController::askToOpenAddress(const QString &address)

@@ -211,7 +211,13 @@ bool PDFWindowController::offersTools() const
 
 bool PDFWindowController::keyDown(QKeyEvent &event)
 {
-    if (hasAnyModifier(event) || !offersTools())
+    if (hasAnyModifier(event))
+        return false;
+    if (physicalKey(event) == PhysicalKey::Escape && m_findBar->isVisible()) {
+        m_findBar->dismiss(); // nobody else had anything to end
+        return true;
+    }
+    if (!offersTools())
         return false;
     switch (physicalKey(event)) {
     case PhysicalKey::V:

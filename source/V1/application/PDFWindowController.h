@@ -13,6 +13,7 @@ class KRPDFDocument;
 class KRPDFView;
 class QAction;
 class QComboBox;
+class QMenu;
 class QStackedWidget;
 class QTabWidget;
 class QToolButton;
@@ -91,6 +92,7 @@ private:
     void updatePageCommands();
     void updateReadingCommands();
     void showContextMenu(const QPoint &place);
+    void addAddressItems(QMenu &menu, const QString &address);
     void askToOpenAddress(const QString &address);
     bool offersTools() const;
     void showSignatureImage();

@@ -2,10 +2,14 @@
 
 #include "platform/core/DisplayText.h"
 #include "platform/core/Log.h"
+#include "platform/widgets/AddressText.h"
 #include "platform/widgets/Alert.h"
 
 #include <QCoreApplication>
 #include <QDesktopServices>
+#include <QStringList>
+#include <QUrlQuery>
+#include <QWidget>
 
 #include <utility>
 
@@ -15,7 +19,7 @@ namespace inkory
 namespace
 {
 
-constexpr int longestUnbroken = 50; // characters
+constexpr int questionWidth = 420; // at least: addresses are read best in few lines
 
 std::function<bool(const QUrl &)> &addressOpener()
 {
@@ -23,22 +27,55 @@ std::function<bool(const QUrl &)> &addressOpener()
     return function;
 }
 
+struct Text
+{
+    Q_DECLARE_TR_FUNCTIONS(WebAddress)
+};
+
+// A letter and whom it goes to; what else an address can ask of a mail program, such as files to send, is left out.
+QUrl harmlessMail(QUrl url)
+{
+    static const QStringList kept = {QStringLiteral("to"), QStringLiteral("cc"), QStringLiteral("bcc"),
+                                     QStringLiteral("subject"), QStringLiteral("body")};
+    QUrlQuery harmless;
+    for (const auto &[name, value] : QUrlQuery(url).queryItems(QUrl::FullyEncoded)) {
+        if (kept.contains(QUrl::fromPercentEncoding(name.toLatin1()), Qt::CaseInsensitive))
+            harmless.addQueryItem(name, value);
+    }
+    url.setQuery(harmless.isEmpty() ? QString() : harmless.toString(QUrl::FullyEncoded));
+    url.setFragment(QString());
+    return url;
+}
+
+// Nothing for what is not to be opened.
 QUrl openableUrl(const QString &address)
 {
     const QUrl url(address);
     const bool isWeb = url.scheme() == QLatin1String("http") || url.scheme() == QLatin1String("https");
-    const bool isMail = url.scheme() == QLatin1String("mailto");
-    return (isWeb && !url.host().isEmpty()) || (isMail && !url.path().isEmpty()) ? url : QUrl();
+    if (isWeb && !url.host().isEmpty())
+        return url;
+    const bool isMail = url.scheme() == QLatin1String("mailto") && !url.path().isEmpty();
+    return isMail ? harmlessMail(url) : QUrl();
 }
 
-// A label breaks its lines between words only, and would be as wide as the address. Breaks are offered where they are
-// not seen.
-QString breakable(const QString &address)
+// As it goes out: letters of other scripts that look like Latin ones show up in it.
+QString sentencesAbout(const QUrl &url)
 {
-    QString lines;
-    for (qsizetype i = 0; i < address.size(); i += longestUnbroken)
-        lines += (i > 0 ? QStringLiteral("\u200b") : QString()) + address.mid(i, longestUnbroken);
-    return lines;
+    const QString address = addressText(QString::fromLatin1(url.toEncoded()));
+    if (url.host().isEmpty())
+        return address;
+    QStringList lines(Text::tr("It leads to: %1").arg(addressText(url.host(QUrl::FullyEncoded))));
+    if (!url.userInfo().isEmpty())
+        lines += Text::tr("What stands before “@” is only a user name: %1")
+                     .arg(addressText(url.userName(QUrl::FullyEncoded)));
+    return lines.join(u'\n') + QStringLiteral("\n\n") + address;
+}
+
+std::unique_ptr<QWidget> spaceForTheAddress()
+{
+    auto space = std::make_unique<QWidget>();
+    space->setMinimumWidth(questionWidth);
+    return space;
 }
 
 } // namespace
@@ -52,11 +89,10 @@ AddressOutcome openAddressIfAgreed(const QString &address, QWidget *window)
     }
     Alert question;
     question.style = Alert::Style::Informational;
-    question.messageText = QCoreApplication::translate("WebAddress", "Open this address?");
-    // As it goes out: letters of other scripts that look like Latin ones show up in it.
-    question.informativeText = breakable(QString::fromLatin1(url.toEncoded()));
-    question.buttons = {QCoreApplication::translate("WebAddress", "Open"),
-                        QCoreApplication::translate("WebAddress", "Cancel")};
+    question.messageText = Text::tr("Open this address?");
+    question.informativeText = sentencesAbout(url);
+    question.accessoryView = spaceForTheAddress;
+    question.buttons = {Text::tr("Open"), Text::tr("Cancel")};
     question.defaultButton = 1;
     if (question.runModal(window) != 1)
         return AddressOutcome::Declined;

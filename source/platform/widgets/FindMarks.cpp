@@ -2,6 +2,7 @@
 
 #include <QPainter>
 
+#include <iterator>
 #include <utility>
 
 namespace inkory
@@ -10,10 +11,20 @@ namespace inkory
 namespace
 {
 
-// Pages are white in every theme.
-const QColor markColor(255, 214, 0, 110);
-const QColor currentColor(255, 140, 0, 150);
+// Pages are white in every theme. What is painted multiplies: black on them stays black.
+const QColor markColor(255, 232, 110);
+const QColor currentColor(255, 180, 80);
 const QColor currentEdgeColor(190, 80, 0);
+
+template <class Function>
+void forEachPlace(const FindHit &mark, const QRectF &clip, const FindMarks::Mapping &toPainter, Function function)
+{
+    for (const QRectF &area : mark.areas) {
+        const QRectF place = toPainter(area);
+        if (place.intersects(clip))
+            function(place & clip);
+    }
+}
 
 } // namespace
 
@@ -28,27 +39,32 @@ void FindMarks::paint(QPainter &painter, int page, const QRectF &clip, const Map
     const auto marks = m_marksOfPages.find(page);
     if (marks == m_marksOfPages.end())
         return;
-    const auto paintAreas = [&](const FindHit &mark, const auto &paintArea) {
-        for (const QRectF &area : mark.areas) {
-            const QRectF place = toPainter(area);
-            if (place.intersects(clip))
-                paintArea(place & clip);
-        }
-    };
-    const FindHit *current = nullptr;
-    for (const std::size_t i : marks->second) {
-        if (static_cast<int>(i) == m_current)
-            current = &m_marks[i];
-        else
-            paintAreas(m_marks[i], [&](const QRectF &place) { painter.fillRect(place, markColor); });
-    }
-    if (!current)
-        return;
     painter.save();
+    painter.setCompositionMode(QPainter::CompositionMode_Multiply);
+    for (const std::size_t i : marks->second) {
+        if (static_cast<int>(i) != m_current)
+            forEachPlace(m_marks[i], clip, toPainter, [&](const QRectF &place) { painter.fillRect(place, markColor); });
+    }
     painter.setPen(QPen(currentEdgeColor, 1));
     painter.setBrush(currentColor);
-    paintAreas(*current, [&](const QRectF &place) { painter.drawRect(place); });
+    if (const FindHit *current = currentOn(page))
+        forEachPlace(*current, clip, toPainter, [&](const QRectF &place) { painter.drawRect(place); });
     painter.restore();
+}
+
+const FindHit *FindMarks::currentOn(int page) const
+{
+    const bool isThere = m_current >= 0 && m_current < std::ssize(m_marks);
+    const FindHit *current = isThere ? &m_marks[static_cast<std::size_t>(m_current)] : nullptr;
+    return current && current->page == page ? current : nullptr;
+}
+
+QRegion FindMarks::currentRegion(int page, const QRectF &clip, const Mapping &toPainter) const
+{
+    QRegion region;
+    if (const FindHit *current = currentOn(page))
+        forEachPlace(*current, clip, toPainter, [&](const QRectF &place) { region += place.toAlignedRect(); });
+    return region;
 }
 
 } // namespace inkory

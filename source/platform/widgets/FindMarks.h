@@ -2,6 +2,8 @@
 
 #include "platform/pdf/PageText.h"
 
+#include <QRegion>
+
 #include <functional>
 #include <unordered_map>
 #include <vector>
@@ -22,10 +24,15 @@ public:
     /// `current` is the index of the mark that stands out; any other number for none.
     FindMarks(std::vector<FindHit> marks, int current);
 
-    /// Paints the marks of one page, as far as they lie in the clip. Pages are counted in the file's own order.
+    /// Paints the marks of one page, as far as they lie in the clip, so that what is below them stays as dark as it is.
+    /// Pages are counted in the file's own order.
     void paint(QPainter &painter, int page, const QRectF &clip, const Mapping &toPainter) const;
+    /// Where the mark that stands out is painted.
+    QRegion currentRegion(int page, const QRectF &clip, const Mapping &toPainter) const;
 
 private:
+    const FindHit *currentOn(int page) const;
+
     std::vector<FindHit> m_marks;
     std::unordered_map<int, std::vector<std::size_t>> m_marksOfPages; // indices of m_marks
     int m_current = -1;

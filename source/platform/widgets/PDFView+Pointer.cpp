@@ -3,7 +3,7 @@
 
 #include "platform/widgets/PDFView+Reading.h"
 
-#include "platform/core/DisplayText.h"
+#include "platform/widgets/AddressText.h"
 #include "platform/widgets/PlainToolTip.h"
 
 #include <QApplication>
@@ -21,10 +21,6 @@ namespace inkory
 namespace
 {
 
-// After how many characters an address may go on in the next line of its tool tip.
-constexpr qsizetype lineOfAddress = 60;
-constexpr char16_t mayBreak = 0x200B;
-
 bool isFollowed(const PageLink &link)
 {
     return link.destination || isLinkAddress(link.address);
@@ -33,14 +29,6 @@ bool isFollowed(const PageLink &link)
 template <class Point> double distance(const Point &a, const Point &b)
 {
     return std::abs(a.x - b.x) + std::abs(a.y - b.y);
-}
-
-QString addressForToolTip(const QString &address)
-{
-    QString shown = displayable(address, PageLink::longestAddress);
-    for (qsizetype i = lineOfAddress; i < shown.size(); i += lineOfAddress + 1)
-        shown.insert(i, QChar(mayBreak));
-    return plainToolTip(shown);
 }
 
 } // namespace
@@ -80,12 +68,18 @@ bool PDFView::isOverLink(const ViewPoint &point) const
     return linkAt(point) != nullptr;
 }
 
+QString PDFView::addressAt(const ViewPoint &point) const
+{
+    const PageLink *link = linkAt(point);
+    return link ? link->address : QString();
+}
+
 bool PDFView::showAddressAt(const QHelpEvent &event)
 {
-    const PageLink *link = linkAt({double(event.pos().x()), double(height() - event.pos().y())});
-    if (!link || link->address.isEmpty())
+    const QString address = addressAt({double(event.pos().x()), double(height() - event.pos().y())});
+    if (address.isEmpty())
         return false;
-    QToolTip::showText(event.globalPos(), addressForToolTip(link->address), viewport());
+    QToolTip::showText(event.globalPos(), plainToolTip(addressText(address)), viewport());
     return true;
 }
 

@@ -22,13 +22,12 @@ constexpr int pagesKeptAround = 4;
 // How far a mark reaches beyond the view so that its edge is not seen there.
 constexpr int edgeOfMark = 4;
 
+// To be multiplied with: pages are white in every theme, and what is on them is to stay readable.
 QColor selectionColor(const QPalette &palette)
 {
-    constexpr int lightest = 150; // of 255: pages are white in every theme
-    constexpr int alpha = 90;
+    constexpr int lightness = 205; // of 255
     const QColor highlight = palette.color(QPalette::Active, QPalette::Highlight);
-    return QColor::fromHsl(std::max(0, highlight.hslHue()), highlight.hslSaturation(),
-                           std::min(highlight.lightness(), lightest), alpha);
+    return QColor::fromHsl(std::max(0, highlight.hslHue()), highlight.hslSaturation(), lightness);
 }
 
 // Edges on whole pixels: neighbours neither overlap nor leave a gap.
@@ -74,6 +73,7 @@ void PDFView::setUpReading()
         viewport()->update();
         Q_EMIT textSelectionChanged();
     });
+    connect(&m_reading->selecting, &TextSelecting::copied, this, &PDFView::selectionCopied);
     // A frame brings the pointer's shape up to date.
     const auto nextFrame = [this] {
         if (viewport()->underMouse())
@@ -113,12 +113,18 @@ void PDFView::paintReading(QPainter &painter, int pageIndex)
     const QRectF nearView(viewport()->rect().adjusted(-edgeOfMark, -edgeOfMark, edgeOfMark, edgeOfMark));
     const QRectF clip = pageRectInWidget(pageIndex) & nearView;
     m_reading->marks.paint(painter, page.sourceIndex(), clip, inWidget);
-    const QColor color = selectionColor(palette());
+    QRegion selected;
     for (const QRectF &area : m_reading->selecting.areasOn(page.sourceIndex())) {
         const QRectF place = inWidget(area) & clip;
         if (!place.isEmpty())
-            painter.fillRect(onPixels(place), color);
+            selected += onPixels(place);
     }
+    selected -= m_reading->marks.currentRegion(page.sourceIndex(), clip, inWidget);
+    painter.save();
+    painter.setCompositionMode(QPainter::CompositionMode_Multiply);
+    for (const QRect &part : selected)
+        painter.fillRect(part, selectionColor(palette()));
+    painter.restore();
 }
 
 void PDFView::fetchTexts()
@@ -143,9 +149,20 @@ bool PDFView::hasTextSelection() const
     return m_reading->selecting.hasSelection();
 }
 
-QString PDFView::selectedText() const
+QString PDFView::selectedText(qsizetype most) const
 {
-    return m_reading->selecting.selectedText();
+    return m_reading->selecting.selectedText(most);
+}
+
+std::optional<PDFView::Place> PDFView::selectedPlace() const
+{
+    for (const int sourceIndex : m_reading->selecting.pages()) {
+        const PDFPage *page = pageForSourceIndex(sourceIndex);
+        const std::vector<QRectF> areas = m_reading->selecting.areasOn(sourceIndex);
+        if (page && !areas.empty())
+            return Place{page->index(), page->rectFromFileSpace(areas.front()).center()};
+    }
+    return std::nullopt;
 }
 
 void PDFView::copySelection()

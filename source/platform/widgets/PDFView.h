@@ -96,8 +96,11 @@ public:
     // Reading: the text of pages, their links, and marks on them.
 
     bool hasTextSelection() const;
-    /// Lines end with line feeds; pages too.
-    QString selectedText() const;
+    /// Lines end with line feeds; pages too. Not more than so many UTF-16 units, and none that is half a character.
+    QString selectedText(qsizetype most = TextSelection::mostUnits) const;
+    /// Where the selected text begins: in the middle of what is selected of its first line. None without a selection,
+    /// or while it is far from what is shown.
+    std::optional<Place> selectedPlace() const;
     /// Puts the selected text on the clipboard; nothing without one.
     void copySelection();
     /// All text of the current page.
@@ -110,6 +113,8 @@ public:
     PDFPage *pageForSourceIndex(int sourceIndex) const;
     /// For the pointer's shape. Not over what has not been read yet.
     bool isOverText(const ViewPoint &point) const;
+    /// Of the link at the point that leads out of the document; empty without one.
+    QString addressAt(const ViewPoint &point) const;
     /// Over a link that a click would follow.
     bool isOverLink(const ViewPoint &point) const;
 
@@ -162,6 +167,8 @@ Q_SIGNALS:
     /// isContentComplete() became true.
     void contentCompleted();
     void textSelectionChanged();
+    /// The selected text is on the clipboard, all of it or as much as could be read.
+    void selectionCopied(bool isWhole);
     /// canGoBack() or canGoForward() may have changed.
     void historyChanged();
     /// A press on a link that leads out of the document: http, https or mailto. Nothing has been opened.

@@ -65,6 +65,8 @@ void PageTexts::keepText(int page, const Result<PageText> &text)
         return;
     Page &kept = found->second;
     kept.textRequest = {};
+    kept.hasTextFailed = !text;
+    kept.isWhole = text && !text->isCut;
     PageText known = text ? *text : PageText();
     if (kept.wantsGeometry) {
         kept.geometry.emplace(std::move(known));
@@ -81,8 +83,29 @@ void PageTexts::keepLinks(int page, const Result<std::vector<PageLink>> &links)
     if (found == m_pages.end())
         return;
     found->second.linksRequest = {};
+    found->second.haveLinksFailed = !links;
     found->second.links = links ? *links : std::vector<PageLink>();
     Q_EMIT linksArrived(page);
+}
+
+void PageTexts::forgetFailed(int page)
+{
+    const auto found = m_pages.find(page);
+    if (found == m_pages.end())
+        return;
+    Page &kept = found->second;
+    if (std::exchange(kept.hasTextFailed, false)) {
+        kept.geometry.reset();
+        kept.text.reset();
+    }
+    if (std::exchange(kept.haveLinksFailed, false))
+        kept.links.reset();
+}
+
+bool PageTexts::isWhole(int page) const
+{
+    const auto found = m_pages.find(page);
+    return found != m_pages.end() && found->second.isWhole;
 }
 
 void PageTexts::forgetAllBut(const std::set<int> &near, const std::vector<int> &textsOnly)

@@ -15,7 +15,8 @@ namespace inkory
 {
 
 /// The texts and links of a document's pages, read in the background and kept for as long as somebody wants them. Pages
-/// are counted in the file's own order. What cannot be read counts as empty. Owned by the view. Main thread only.
+/// are counted in the file's own order. What cannot be read counts as empty until it is asked for anew. Owned by the
+/// view. Main thread only.
 class PageTexts : public QObject
 {
     Q_OBJECT
@@ -38,6 +39,11 @@ public:
     /// not forgotten.
     void forgetAllBut(const std::set<int> &near, const std::vector<int> &textsOnly);
 
+    /// Forgets what could not be read of the page: the next fetch() tries again.
+    void forgetFailed(int page);
+
+    /// Whether all the text that the page has is known.
+    bool isWhole(int page) const;
     /// None while it is not known.
     const QString *text(int page) const;
     const TextGeometry *geometry(int page) const;
@@ -61,6 +67,9 @@ private:
         std::optional<QString> text; // where the geometry is not kept
         std::optional<std::vector<PageLink>> links;
         bool wantsGeometry = false;
+        bool isWhole = false; // the text
+        bool haveLinksFailed = false;
+        bool hasTextFailed = false;
         Request textRequest;
         Request linksRequest;
     };

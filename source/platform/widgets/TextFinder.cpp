@@ -20,13 +20,8 @@ void TextFinder::setDocument(PDFDocument *document, PageSource *source)
         m_document->disconnect(this);
     m_document = document;
     m_givenSource = source;
-    m_hasText.reset();
-    if (!document)
-        return;
-    connect(document, &PDFDocument::stateChanged, this, [this] {
-        m_hasText.reset();
-        cancel();
-    });
+    if (document)
+        connect(document, &PDFDocument::stateChanged, this, &TextFinder::cancel);
 }
 
 PageSource *TextFinder::pageSource() const
@@ -47,6 +42,12 @@ void TextFinder::cancel()
     search({}, {});
 }
 
+void TextFinder::resume()
+{
+    if (m_state == State::Searching && m_token == 0)
+        searchOn();
+}
+
 void TextFinder::search(const QString &text, const PDFView::Place &start)
 {
     stop();
@@ -56,12 +57,12 @@ void TextFinder::search(const QString &text, const PDFView::Place &start)
     m_current.reset();
     m_hitCount = 0;
     m_failedPageCount = 0;
+    m_hasText = m_isCut = m_hasMetStart = false;
     m_state = State::Idle;
     if (!text.trimmed().isEmpty() && m_document && m_document->pageCount() > 0 && pageSource()) {
         m_state = State::Searching;
         m_order = pageOrder();
-        m_start = start;
-        planPages();
+        planPages(start);
         searchOn();
     }
     Q_EMIT changed();
@@ -86,10 +87,12 @@ void TextFinder::notePageOrder()
         Q_EMIT changed();
 }
 
-void TextFinder::planPages()
+void TextFinder::planPages(const PDFView::Place &start)
 {
     const std::size_t count = m_order.size();
-    const auto first = static_cast<std::size_t>(m_document->pageAtIndex(m_start.pageIndex) ? m_start.pageIndex : 0);
+    const auto first = static_cast<std::size_t>(m_document->pageAtIndex(start.pageIndex) ? start.pageIndex : 0);
+    m_startPage = m_order[first];
+    m_startPoint = start.corner;
     for (std::size_t i = 0; i < count; ++i) {
         const int page = m_order[(first + i) % count];
         if (!m_runs.empty() && m_runs.back().end == page)
@@ -124,8 +127,10 @@ void TextFinder::answered(const FindRequest &request, const Result<FindReply> &r
     m_runs.front().first = nextPage;
     if (nextPage >= request.endPage)
         m_runs.pop_front();
-    if (isFull())
+    if (m_hitCount >= mostHits) {
+        m_isCut = m_isCut || !m_runs.empty();
         m_runs.clear();
+    }
     searchOn();
     if (m_current.has_value() != hadCurrent)
         Q_EMIT currentChanged();
@@ -135,27 +140,43 @@ void TextFinder::answered(const FindRequest &request, const Result<FindReply> &r
 
 void TextFinder::takeHits(const FindRequest &request, const FindReply &reply)
 {
+    m_hasText = m_hasText || reply.hasText;
+    m_isCut = m_isCut || reply.isCut;
+    const PDFPage *startPage = pageOfStart();
     for (const FindHit &hit : reply.hits) {
-        if (isFull())
+        if (m_hitCount >= mostHits) {
+            m_isCut = true;
             break;
+        }
         if (hit.page < request.firstPage || hit.page >= request.endPage || hit.areas.empty())
             continue;
-        std::vector<FindHit> &onPage = m_hits[hit.page];
-        onPage.push_back(hit);
+        m_hits[hit.page].push_back(hit);
         ++m_hitCount;
-        if (!m_current && !isBeforeStart(hit))
-            m_current = Current{hit.page, static_cast<int>(onPage.size()) - 1};
+        chooseCurrent(hit, startPage);
     }
 }
 
-bool TextFinder::isBeforeStart(const FindHit &hit) const
+const PDFPage *TextFinder::pageOfStart() const
 {
-    const PDFPage *page = m_document ? m_document->pageAtIndex(m_start.pageIndex) : nullptr;
-    if (!page || page->sourceIndex() != hit.page)
-        return false;
-    const PagePoint center = page->rectFromFileSpace(hit.areas.front()).center();
-    const QTransform shown = page->shownTransform();
-    return shown.map(QPointF(center.x, center.y)).y() < shown.map(QPointF(m_start.corner.x, m_start.corner.y)).y();
+    const auto place = std::find(m_order.begin(), m_order.end(), m_startPage);
+    return m_document ? m_document->pageAtIndex(static_cast<int>(place - m_order.begin())) : nullptr;
+}
+
+// Whatever is after the place, until it turns out that there is a hit at the place itself.
+void TextFinder::chooseCurrent(const FindHit &added, const PDFPage *startPage)
+{
+    bool isHere = false;
+    bool isAfter = true;
+    if (startPage && startPage->sourceIndex() == added.page) {
+        const PageRect area = startPage->rectFromFileSpace(added.areas.front());
+        const QTransform shown = startPage->shownTransform();
+        const auto height = [&shown](const PagePoint &point) { return shown.map(QPointF(point.x, point.y)).y(); };
+        isHere = !m_hasMetStart && area.contains(m_startPoint);
+        isAfter = height(area.center()) >= height(m_startPoint);
+    }
+    m_hasMetStart = m_hasMetStart || isHere;
+    if (isHere || (!m_current && isAfter))
+        m_current = Current{added.page, static_cast<int>(m_hits[added.page].size()) - 1};
 }
 
 void TextFinder::finish()
@@ -163,27 +184,6 @@ void TextFinder::finish()
     m_state = State::Finished;
     if (!m_current && m_hitCount > 0)
         m_current = Current{m_hits.begin()->first, 0}; // all stand above the place on its page
-    if (m_hitCount == 0 && m_failedPageCount == 0 && !m_hasText)
-        lookForAnyText(0);
-}
-
-void TextFinder::lookForAnyText(int page)
-{
-    PageSource *source = pageSource();
-    if (!source)
-        return;
-    if (page >= static_cast<int>(m_order.size())) {
-        m_hasText = false;
-        Q_EMIT changed();
-        return;
-    }
-    m_token = source->readText(page, DrawPriority::Ahead, [this, page](const Result<PageText> &text) {
-        m_token = 0;
-        if (!text || !text->text.trimmed().isEmpty())
-            m_hasText = true; // also where it is not known: then nothing is said
-        else
-            lookForAnyText(page + 1);
-    });
 }
 
 const std::vector<FindHit> &TextFinder::hitsOnPage(int page) const
@@ -232,19 +232,26 @@ void TextFinder::goToPrevious()
     moveCurrent(-1);
 }
 
-// From page to page, as far as the next one with a hit; that may be the same page again.
+// From page to page, as far as the next one with a hit; that may be the same page again. Pages can have gone with
+// their hits.
 void TextFinder::moveCurrent(int step)
 {
     if (!m_current)
         return;
-    m_current->number += step;
+    const auto countOn = [this](int page) { return static_cast<int>(hitsOnPage(page).size()); };
     const int pageCount = static_cast<int>(m_order.size());
-    int place = static_cast<int>(std::find(m_order.begin(), m_order.end(), m_current->page) - m_order.begin());
-    while (m_current->number < 0 || m_current->number >= static_cast<int>(hitsOnPage(m_current->page).size())) {
+    Current next{m_current->page, m_current->number + step};
+    int place = static_cast<int>(std::find(m_order.begin(), m_order.end(), next.page) - m_order.begin());
+    bool isThere = place < pageCount && next.number >= 0 && next.number < countOn(next.page);
+    for (int tried = 0; tried < pageCount && !isThere; ++tried) {
         place = (place + step + pageCount) % pageCount;
-        m_current->page = m_order[static_cast<std::size_t>(place)];
-        m_current->number = step > 0 ? 0 : static_cast<int>(hitsOnPage(m_current->page).size()) - 1;
+        next.page = m_order[static_cast<std::size_t>(place)];
+        next.number = step > 0 ? 0 : countOn(next.page) - 1;
+        isThere = countOn(next.page) > 0;
     }
+    if (!isThere)
+        return;
+    m_current = next;
     Q_EMIT currentChanged();
 }
 

@@ -35,19 +35,23 @@ public:
     void setDocument(PDFDocument *document, PageSource *source = nullptr);
 
     /// Forgets what was found and begins anew at the place (one outside the document: at its beginning). A text without
-    /// anything but space ends in Idle. The first hit at or after the place becomes the current one, as soon as it is
-    /// found.
+    /// anything but space ends in Idle. The hit at the place, or else the first one after it, becomes the current one,
+    /// as soon as it is found.
     void search(const QString &text, const PDFView::Place &start);
     /// Stops and forgets what was found.
     void cancel();
+    /// Stops, and keeps what was found until the search goes on.
+    void pause() { stop(); }
+    void resume();
 
+    const QString &text() const { return m_text; }
     State state() const { return m_state; }
-    /// The search ended because it had found mostHits; there may be more.
-    bool isFull() const { return m_hitCount >= mostHits; }
+    /// There may be more hits: not all of the text was searched, as there was too much of it or mostHits were found.
+    bool isCut() const { return m_isCut; }
     /// Pages that could not be searched.
     int failedPageCount() const { return m_failedPageCount; }
-    /// Nothing was found, and no page has any text. Known a while after the search has finished.
-    bool documentLacksText() const { return m_state == State::Finished && m_hitCount == 0 && m_hasText == false; }
+    /// All pages were searched, and none has any text.
+    bool documentLacksText() const { return m_state == State::Finished && m_failedPageCount == 0 && !m_hasText; }
 
     int hitCount() const { return m_hitCount; }
     /// In the document's order.
@@ -84,13 +88,13 @@ private:
 
     PageSource *pageSource() const;
     void stop();
-    void planPages();
+    void planPages(const PDFView::Place &start);
     void searchOn();
     void answered(const FindRequest &request, const Result<FindReply> &reply);
     void takeHits(const FindRequest &request, const FindReply &reply);
-    bool isBeforeStart(const FindHit &hit) const;
+    const PDFPage *pageOfStart() const;
+    void chooseCurrent(const FindHit &added, const PDFPage *startPage);
     void finish();
-    void lookForAnyText(int page);
     std::vector<int> pageOrder() const;
     const std::vector<FindHit> &hitsOnPage(int page) const;
     void moveCurrent(int step);
@@ -102,12 +106,15 @@ private:
     std::vector<int> m_order; // the file's number of each page of the document
     std::deque<Run> m_runs;   // still to be searched
     DrawToken m_token = 0;
-    PDFView::Place m_start;
+    int m_startPage = 0; // of the file
+    PagePoint m_startPoint;
     std::unordered_map<int, std::vector<FindHit>> m_hits;
     int m_hitCount = 0;
     int m_failedPageCount = 0;
     std::optional<Current> m_current;
-    std::optional<bool> m_hasText; // of the document; none while unknown
+    bool m_hasText = false; // on one of the pages that were searched
+    bool m_isCut = false;
+    bool m_hasMetStart = false; // the current hit stands where the search began
 };
 
 } // namespace inkory

@@ -19,6 +19,7 @@ TextSelecting::TextSelecting(PageTexts &texts, TextSelection::PlaceOf placeOf, P
 void TextSelecting::begin(const PageSpot &spot, Unit unit)
 {
     clear();
+    m_texts.forgetFailed(spot.page);
     m_drag = Drag{spot, spot, unit};
     follow();
 }
@@ -29,6 +30,7 @@ void TextSelecting::extend(const PageSpot &spot)
         begin(spot, Unit::Character);
         return;
     }
+    m_texts.forgetFailed(spot.page);
     m_drag = Drag{{}, spot, m_selection->unit()};
     follow();
 }
@@ -104,7 +106,8 @@ void TextSelecting::set(std::optional<TextSelection> selection)
         selection->extendTo(withinReach(*selection));
     if (m_selection == selection)
         return;
-    m_copies = m_copiesPrimary = false;
+    m_copies = m_copies && m_drag; // what it waits for
+    m_copiesPrimary = false;
     m_selection = selection;
     fetchPages();
     Q_EMIT changed();
@@ -126,6 +129,7 @@ void TextSelecting::selectPage(int page)
     m_drag.reset();
     TextSelection whole({page, 0}, Unit::Character);
     whole.extendTo({page, std::numeric_limits<qsizetype>::max()});
+    m_texts.forgetFailed(page);
     m_texts.fetch(page, PageTexts::Detail::Everything, DrawPriority::Visible);
     set(whole);
 }
@@ -174,10 +178,10 @@ bool TextSelecting::hasSelection() const
     });
 }
 
-QString TextSelecting::selectedText() const
+QString TextSelecting::selectedText(qsizetype most) const
 {
     return hasSelection() ? m_selection->plainText(
-                                pages(), [this](int page) { return m_texts.text(page); }, m_placeOf)
+                                pages(), [this](int page) { return m_texts.text(page); }, m_placeOf, most)
                           : QString();
 }
 
@@ -187,19 +191,32 @@ bool TextSelecting::isComplete() const
     return std::all_of(needed.begin(), needed.end(), [this](int page) { return m_texts.text(page) != nullptr; });
 }
 
+// Whether nothing selected is missing where the known text of a page ends.
+bool TextSelecting::isWhole() const
+{
+    const std::vector<int> needed = pages();
+    return std::all_of(needed.begin(), needed.end(), [this](int page) {
+        const QString *text = m_texts.text(page);
+        return m_texts.isWhole(page) || (text && m_selection->rangeOn(page, *text, m_placeOf).end < text->size());
+    });
+}
+
 void TextSelecting::copy()
 {
-    m_copies = m_selection.has_value();
+    m_copies = m_selection.has_value() || m_drag.has_value();
     putOnClipboards();
 }
 
 void TextSelecting::putOnClipboards()
 {
-    if ((!m_copies && !m_copiesPrimary) || !isComplete())
+    const bool isClear = !m_drag || !m_drag->isFinished;
+    if ((!m_copies && !m_copiesPrimary) || !isClear || !isComplete())
         return;
     const QString text = selectedText();
-    if (std::exchange(m_copies, false) && !text.isEmpty())
+    if (std::exchange(m_copies, false) && !text.isEmpty()) {
         QGuiApplication::clipboard()->setText(text);
+        Q_EMIT copied(isWhole());
+    }
     if (std::exchange(m_copiesPrimary, false) && !text.isEmpty())
         QGuiApplication::clipboard()->setText(text, QClipboard::Selection);
 }

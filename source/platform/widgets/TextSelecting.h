@@ -48,8 +48,9 @@ public:
     void clear();
 
     bool hasSelection() const;
-    QString selectedText() const;
-    /// To the clipboard, as soon as the texts of all selected pages are known.
+    /// Not more than so many UTF-16 units.
+    QString selectedText(qsizetype most = TextSelection::mostUnits) const;
+    /// To the clipboard, as soon as it is clear what is selected, and the texts of all selected pages are known.
     void copy();
 
     /// What is to be painted on the page, in the space of PageText.
@@ -61,6 +62,8 @@ public:
 
 Q_SIGNALS:
     void changed();
+    /// After copy(): all of it, or as much as could be read.
+    void copied(bool isWhole);
 
 private:
     /// A selection being made; its spots become places when the texts are known.
@@ -80,6 +83,7 @@ private:
     TextPlace withinReach(const TextSelection &selection) const;
     void set(std::optional<TextSelection> selection);
     bool isComplete() const;
+    bool isWhole() const;
     void putOnClipboards();
 
     PageTexts &m_texts;

@@ -52,7 +52,8 @@ TextRange TextSelection::rangeOn(int page, const QString &text, const PlaceOf &p
     return {page == first.page ? beginAt(first, text) : 0, page == last.page ? endAt(last, text) : text.size()};
 }
 
-QString TextSelection::plainText(const std::vector<int> &pages, const TextOf &textOf, const PlaceOf &placeOf) const
+QString TextSelection::plainText(const std::vector<int> &pages, const TextOf &textOf, const PlaceOf &placeOf,
+                                 qsizetype most) const
 {
     QString selected;
     bool isFirst = true;
@@ -63,10 +64,13 @@ QString TextSelection::plainText(const std::vector<int> &pages, const TextOf &te
         if (!std::exchange(isFirst, false))
             selected += u'\n';
         const TextRange range = rangeOn(page, *text, placeOf);
-        for (qsizetype i = range.begin; i < range.end; ++i) {
+        selected.reserve(selected.size() + std::clamp<qsizetype>(range.end - range.begin, 0, most) + 1);
+        for (qsizetype i = range.begin; i < range.end && selected.size() <= most; ++i) {
             if (isForPeople(text->at(i)))
                 selected += text->at(i);
         }
+        if (selected.size() > most)
+            return withoutTornPairs(selected, most);
     }
     return selected;
 }

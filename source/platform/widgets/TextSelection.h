@@ -29,6 +29,8 @@ class TextSelection
 {
 public:
     enum class Unit { Character, Word, Line };
+    /// There is never more text selected, in UTF-16 units.
+    static constexpr qsizetype mostUnits = 100'000'000;
 
     /// The place of a page of the file in the document, from 0; -1 for one that has none.
     using PlaceOf = std::function<int(int page)>;
@@ -50,8 +52,9 @@ public:
     TextRange rangeOn(int page, const QString &text, const PlaceOf &placeOf) const;
     /// What is selected of these pages, which are in order, those between its first and its last one included. Without
     /// control characters other than the line feeds that end lines and pages, and without soft hyphens. Pages whose
-    /// text is not known are left out.
-    QString plainText(const std::vector<int> &pages, const TextOf &textOf, const PlaceOf &placeOf) const;
+    /// text is not known are left out. Not more than so many UTF-16 units, and none that is half a character.
+    QString plainText(const std::vector<int> &pages, const TextOf &textOf, const PlaceOf &placeOf,
+                      qsizetype most = mostUnits) const;
 
 private:
     qsizetype beginAt(const TextPlace &place, const QString &text) const;

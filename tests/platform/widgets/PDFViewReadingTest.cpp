@@ -219,17 +219,29 @@ TEST_F(Reading, MarksAreWhereTheyWereFoundAndTheCurrentOneStandsOut)
     marks.push_back({0, {QRectF(100, 300, 50, 20)}}); // from the top: 492 in page space
     marks.push_back({0, {QRectF(200, 300, 50, 20), QRectF(200, 330, 50, 20)}});
     marks.push_back({0, {QRectF(550, 300, 1e9, 20)}});
+    const QColor groundBeside = pixel(at(617, 482));
     view.setFindMarks(marks, 20'001);
-    const QColor other = pixel(at(125, 482));
-    const QColor current = pixel(at(225, 452));
-    EXPECT_NEAR(other.red(), 255, 2);
-    EXPECT_NEAR(other.green(), 237, 4);   // 255 - (255 - 214) * 110 / 255
-    EXPECT_NEAR(other.blue(), 145, 4);    // 255 - 255 * 110 / 255
-    EXPECT_NEAR(current.green(), 187, 4); // 255 - (255 - 140) * 150 / 255
-    EXPECT_NEAR(current.blue(), 105, 4);
-    EXPECT_NE(pixel(at(617, 482)), other) << "beside the page";
+    EXPECT_EQ(pixel(at(125, 482)), QColor(255, 232, 110));
+    EXPECT_EQ(pixel(at(225, 452)), QColor(255, 180, 80));
+    EXPECT_EQ(pixel(at(617, 482)), groundBeside) << "beside the page";
     view.setFindMarks({}, -1);
     EXPECT_EQ(pixel(at(125, 482)), QColor(Qt::white));
+}
+
+TEST_F(Reading, InkStaysDarkBelowMarksAndTheCurrentOneIsNotSelectedToo)
+{
+    ASSERT_TRUE(isRead());
+    const ViewPoint stem = at(72 + 2.4, 704); // of the F: 0.086 to 0.18 of its size
+    const int ink = pixel(stem).value();
+    ASSERT_LT(ink, 60);
+    view.selectAllText();
+    EXPECT_TRUE(view.selectedPlace());
+    EXPECT_LE(pixel(stem).value(), ink);
+    const QColor selected = pixel(at(72 + 37, 705)); // the space between the words
+    view.setFindMarks({{0, {QRectF(72, 76, 39, 20)}}}, 0);
+    EXPECT_LE(pixel(stem).value(), ink);
+    EXPECT_EQ(pixel(at(72 + 37, 705)), QColor(255, 180, 80));
+    EXPECT_EQ(pixel(at(72 + 70, 705)), selected);
 }
 
 } // namespace

@@ -33,12 +33,7 @@ public:
         return 0;
     }
     DrawToken readOutline(std::function<void(const Result<std::vector<OutlineItem>> &)>) override { return 0; }
-    DrawToken readText(int page, DrawPriority, std::function<void(const Result<PageText> &)> done) override
-    {
-        textsAsked.push_back(page);
-        done(PageText{page == pageWithText ? QStringLiteral("x") : QStringLiteral(" \n"), {}});
-        return 0;
-    }
+    DrawToken readText(int, DrawPriority, std::function<void(const Result<PageText> &)>) override { return 0; }
     DrawToken find(const FindRequest &request, std::function<void(const Result<FindReply> &)> done) override
     {
         asked = {request, std::move(done)};
@@ -49,8 +44,6 @@ public:
     Asked asked;
     DrawToken lastToken = 0;
     std::vector<DrawToken> cancelled;
-    std::vector<int> textsAsked;
-    int pageWithText = -1;
 };
 
 FindHit hit(int page, double top)
@@ -73,8 +66,13 @@ protected:
     std::vector<int> range() const { return {source.asked.request.firstPage, source.asked.request.endPage}; }
     void answer(std::vector<FindHit> hits, int nextPage)
     {
+        const bool hasText = !hits.empty();
+        answer(FindReply{std::move(hits), nextPage, hasText, false});
+    }
+    void answer(const FindReply &reply)
+    {
         const auto done = source.asked.done;
-        done(FindReply{std::move(hits), nextPage});
+        done(reply);
     }
     void fail()
     {
@@ -185,27 +183,54 @@ TEST_F(TextFinderTest, EndsWhenItHasFoundTooMany)
 {
     searchFrom(0, 0);
     answer(std::vector<FindHit>(FindReply::mostHitsPerPage, hit(0, 20)), 1);
-    std::vector<FindHit> many(TextFinder::mostHits - FindReply::mostHitsPerPage - 1, hit(1, 20));
+    const std::vector<FindHit> many(TextFinder::mostHits - FindReply::mostHitsPerPage - 1, hit(1, 20));
     answer(many, 2);
-    EXPECT_FALSE(finder.isFull());
+    EXPECT_FALSE(finder.isCut());
     answer({hit(2, 20), hit(2, 40)}, 3);
-    EXPECT_TRUE(finder.isFull() && finder.state() == TextFinder::State::Finished);
+    EXPECT_TRUE(finder.isCut() && finder.state() == TextFinder::State::Finished);
     EXPECT_EQ(finder.hitCount(), TextFinder::mostHits);
+
+    searchFrom(0, 0);
+    EXPECT_FALSE(finder.isCut());
+    answer(FindReply{{}, 1, true, true});
+    EXPECT_TRUE(finder.isCut()) << "so it was told";
+    searchFrom(0, 0);
+    answer(std::vector<FindHit>(TextFinder::mostHits, hit(3, 20)), 4);
+    EXPECT_FALSE(finder.isCut()) << "these are all there are";
 }
 
 TEST_F(TextFinderTest, SaysThatADocumentLacksTextOnlyWhenItKnows)
 {
-    source.pageWithText = 2;
     searchFrom(0, 0);
-    answer({}, 4);
+    answer({}, 1);
+    answer(FindReply{{}, 4, true, false});
     EXPECT_FALSE(finder.documentLacksText());
-    EXPECT_THAT(source.textsAsked, ElementsAre(0, 1, 2));
-
-    source.pageWithText = -1;
-    finder.setDocument(&document, &source);
     searchFrom(0, 0);
+    answer({}, 1);
+    EXPECT_FALSE(finder.documentLacksText());
     answer({}, 4);
     EXPECT_TRUE(finder.documentLacksText());
+    searchFrom(0, 0);
+    fail();
+    answer({}, 4);
+    EXPECT_FALSE(finder.documentLacksText());
+}
+
+TEST_F(TextFinderTest, TheHitAtThePlaceComesBeforeThoseInItsLine)
+{
+    document.exchangePages(0, 1); // of the two first pages, each is in the other's place
+    finder.search(QStringLiteral("word"), {0, PagePoint{225, 792 - 205}});
+    document.exchangePages(0, 1);
+    finder.notePageOrder();
+    FindHit second = hit(1, 200);
+    second.areas.front().moveLeft(200);
+    answer({hit(1, 100), hit(1, 200), second, hit(1, 300)}, 2);
+    EXPECT_EQ(finder.currentIndex(), 2);
+    finder.pause();
+    EXPECT_THAT(source.cancelled, ElementsAre(2));
+    EXPECT_EQ(finder.hitCount(), 4);
+    finder.resume();
+    EXPECT_EQ(source.lastToken, 3U);
 }
 
 } // namespace

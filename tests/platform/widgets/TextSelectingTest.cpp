@@ -107,8 +107,10 @@ TEST_F(Selecting, ADragTakesEffectWhenTheTextsCome)
     QGuiApplication::clipboard()->clear();
     selecting.copy();
     EXPECT_EQ(QGuiApplication::clipboard()->text(), QString()) << "not all of it is known";
+    QSignalSpy copies(&selecting, &TextSelecting::copied);
     source.answer(1, Error{QStringLiteral("no")});
     EXPECT_EQ(QGuiApplication::clipboard()->text(), QStringLiteral("page\n\nlas"));
+    EXPECT_EQ(copies, QList<QVariantList>({{false}})) << "a page is missing";
     selecting.clear();
     EXPECT_THAT(selecting.areasOn(0), IsEmpty());
 }
@@ -134,6 +136,36 @@ TEST_F(Selecting, WordsBesideTextAreNotSelected)
     selecting.finish();
     selecting.extend({0, {71, 5}});
     EXPECT_EQ(selecting.selectedText(), QStringLiteral("some words"));
+    EXPECT_EQ(selecting.selectedText(6), QStringLiteral("some w"));
+}
+
+TEST_F(Selecting, CopyingWaitsForWhatIsBeingSelected)
+{
+    PageText cut = line(QStringLiteral("first"));
+    cut.isCut = true;
+    selecting.begin({0, {0, 5}}, Unit::Word);
+    selecting.finish();
+    source.answer(0, cut);
+    selecting.extend({1, {0, 5}});
+    selecting.finish();
+    QGuiApplication::clipboard()->clear();
+    QSignalSpy copies(&selecting, &TextSelecting::copied);
+    selecting.copy();
+    EXPECT_EQ(copies.count(), 0);
+    source.answer(1, line(QStringLiteral("next")));
+    EXPECT_EQ(QGuiApplication::clipboard()->text(), QStringLiteral("first\nnext"));
+    EXPECT_EQ(copies, QList<QVariantList>({{false}})) << "the first page goes on";
+}
+
+TEST_F(Selecting, APressTriesAgainWhatCouldNotBeRead)
+{
+    selecting.begin({0, {12, 5}}, Unit::Word);
+    source.answer(0, Error{QStringLiteral("no")});
+    selecting.finish();
+    EXPECT_THAT(source.askedPages(), IsEmpty()) << "not while the pointer moves";
+    selecting.begin({0, {12, 5}}, Unit::Word);
+    source.answer(0, line(QStringLiteral("some words")));
+    EXPECT_EQ(selecting.selectedText(), QStringLiteral("some"));
 }
 
 TEST_F(Selecting, PagesFarAwayAreForgottenButForTheSelectedText)
