@@ -13,6 +13,10 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size
     const QString text = all.mid(query.size());
     const FoldedText folded(text);
     const FoldedText foldedQuery(query);
+    for (const auto divided : {FoldedText::DividedWord::WithHyphen, FoldedText::DividedWord::WithoutHyphen})
+        for (const FoldedText::Range &range : FoldedText(text, divided).occurrencesOf(foldedQuery, 1))
+            fuzz::require(range.begin >= 0 && range.begin < range.end && range.end <= text.size(),
+                          "ranges are in the text, however words are divided");
     constexpr qsizetype most = 50;
     const auto found = folded.occurrencesOf(foldedQuery, most);
     fuzz::require(static_cast<qsizetype>(found.size()) <= most, "no more is found than is asked for");

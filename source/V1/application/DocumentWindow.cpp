@@ -1,5 +1,6 @@
 #include "V1/application/DocumentWindow.h"
 
+#include "V1/application/SidePanelWidth.h"
 #include "platform/widgets/InterfaceDescriptions.h"
 #include "platform/widgets/NamedImages.h"
 #include "platform/widgets/OutlineView.h"
@@ -18,7 +19,6 @@ namespace inkory
 namespace
 {
 
-constexpr int thumbnailsWidth = 170;
 constexpr int stampToolbarHeight = 24;
 constexpr QSize signatureIconSize(84, 20); // as high as the other icons: the tool bar must not grow when it appears
 // The pages' ground: a quiet grey between the theme's window colour and a middle grey.
@@ -43,9 +43,7 @@ DocumentWindow::DocumentWindow(QWidget *parent) : QMainWindow(parent), m_ui(std:
 {
     m_ui->setupUi(this);
     setCentralWidget(m_ui->splitter);
-    m_ui->splitter->setSizes({thumbnailsWidth, width() - thumbnailsWidth});
-    m_ui->splitter->setStretchFactor(1, 1);
-    m_ui->sidePanel->setMinimumWidth(150);
+    new SidePanelWidth(m_ui->splitter, m_ui->sidePanel, this);
     m_outlineView = new OutlineView(m_ui->sidePanel);
     m_outlineView->setObjectName(QStringLiteral("outlineView"));
     m_outlineView->hide();

@@ -123,6 +123,7 @@ TEST_F(PDFWindowControllerTest, ThePageAreaAsksForPasswordsUntilOneFitsAndSaysWh
     for (const char *password : {"wrong", "secret"}) {
         EXPECT_TRUE(field->isVisible() && field->isEnabled() && field->text().isEmpty());
         EXPECT_FALSE(sidePanel->isVisible());
+        EXPECT_FALSE(field->window()->findChild<QAction *>(QStringLiteral("actionZoomIn"))->isEnabled());
         EXPECT_EQ(field->window()->focusWidget(), field);
         QTest::keyClicks(field, QLatin1String(password));
         QSignalSpy changed(locked.pdfDoc(), &inkory::PDFDocument::stateChanged);
@@ -131,6 +132,7 @@ TEST_F(PDFWindowControllerTest, ThePageAreaAsksForPasswordsUntilOneFitsAndSaysWh
     }
     EXPECT_TRUE(!field->isVisible() && locked.pdfWindowController()->pdfView()->isVisible());
     EXPECT_TRUE(sidePanel->isVisible());
+    EXPECT_TRUE(field->window()->findChild<QAction *>(QStringLiteral("actionZoomIn"))->isEnabled());
 
     PDFDocumentModel &bad = open(makeFile("c.pdf", "no PDF at all"));
     EXPECT_TRUE(QTest::qWaitFor([&] { return !bad.pdfDoc()->message().isEmpty(); }));

@@ -14,7 +14,7 @@
 #include <QMenu>
 #include <QMenuBar>
 #include <QSet>
-#include <QSignalSpy>
+#include <QSplitter>
 #include <QTabBar>
 #include <QTabWidget>
 
@@ -100,6 +100,32 @@ TEST_F(ReadingTest, FindsByKeysGoesRoundAndLeavesWithEscape)
     EXPECT_EQ(window.focusWidget(), &view);
 }
 
+TEST_F(ReadingTest, BeginsAtTheSelectionAndGoesOnFromTheLastHitAfterEscape)
+{
+    view.goToPage(1);
+    EXPECT_TRUE(sees(1));
+    const auto inPages = [this](const PagePoint &point) {
+        const ViewPoint there = view.convertPointFromPage(point, document.pdfDoc()->pageAtIndex(1));
+        return QPoint(qRound(there.x), qRound(view.height() - there.y));
+    };
+    // "Second word, last word": the last word begins 149 points behind the line's beginning.
+    EXPECT_TRUE(QTest::qWaitFor([&] {
+        QTest::mouseDClick(view.viewport(), Qt::LeftButton, {}, inPages({72 + 165, 705}));
+        return view.selectedText() == QLatin1String("word");
+    }));
+    press(Qt::Key_F, Qt::ControlModifier);
+    EXPECT_TRUE(counts("3 of 3"));
+    view.setFocus();
+    press(Qt::Key_Escape);
+    EXPECT_FALSE(part<FindBar>("findBar").isVisible()) << "also from the pages";
+    view.goToPage(2);
+    press(Qt::Key_F3, Qt::ShiftModifier);
+    EXPECT_TRUE(counts("2 of 3"));
+    press(Qt::Key_Escape);
+    press(Qt::Key_F3);
+    EXPECT_TRUE(counts("3 of 3"));
+}
+
 TEST_F(ReadingTest, SaysThatScannedPagesHaveNoText)
 {
     const PDFDocumentModel &scan =
@@ -139,7 +165,20 @@ TEST_F(ReadingTest, TheOutlineIsASecondTabOnlyWhereThereIsOne)
     EXPECT_FALSE(part<QTabWidget>("sidePanel").tabBar()->isVisible());
     EXPECT_EQ(part<QTabWidget>("sidePanel").count(), 1);
 
+    EXPECT_EQ(panel->width(), 170);
     panel->setCurrentIndex(1);
+    auto *splitter = other.findChild<QSplitter *>(QStringLiteral("splitter"));
+    EXPECT_TRUE(QTest::qWaitFor([&] { return panel->width() == 260; })) << "titles need more room than thumbnails";
+    const QPoint handle = splitter->handle(1)->mapTo(&other, splitter->handle(1)->rect().center());
+    QTest::mousePress(other.windowHandle(), Qt::LeftButton, {}, handle);
+    QTest::mouseMove(other.windowHandle(), handle + QPoint(40, 0));
+    QTest::mouseRelease(other.windowHandle(), Qt::LeftButton, {}, handle + QPoint(40, 0));
+    const int chosen = panel->width();
+    EXPECT_NEAR(chosen, 300, 4);
+    panel->setCurrentIndex(0);
+    EXPECT_TRUE(QTest::qWaitFor([&] { return panel->width() == 170; }));
+    panel->setCurrentIndex(1);
+    EXPECT_TRUE(QTest::qWaitFor([&] { return panel->width() == chosen; })) << "remembered";
     auto *tree = other.findChild<OutlineView *>();
     tree->setFocus();
     const KRPDFView &pages = *outlined.pdfWindowController()->pdfView();
@@ -169,7 +208,7 @@ TEST_F(ReadingTest, AnAddressIsOpenedOnlyAfterTheQuestion)
     ASSERT_EQ(questions.size(), 1);
     EXPECT_EQ(questions.first().at(0), QStringLiteral("Open this address?"));
     EXPECT_EQ(QString(questions.first().at(1)).remove(u'\u200b'),
-              QStringLiteral("https://example.org/%3Cb%3E?q=") + QString(60, u'x'));
+              QStringLiteral("It leads to: example.org\n\nhttps://example.org/%3Cb%3E?q=") + QString(60, u'x'));
     EXPECT_EQ(questions.first().mid(2), QStringList({QStringLiteral("Open"), QStringLiteral("Cancel")}));
     EXPECT_TRUE(opened.isEmpty());
     EXPECT_EQ(openAddressIfAgreed(address, &window), AddressOutcome::Opened);
@@ -177,6 +216,50 @@ TEST_F(ReadingTest, AnAddressIsOpenedOnlyAfterTheQuestion)
     for (const char *other : {"file:///etc/passwd", "javascript:alert(1)", "https:///x", "mailto:", "HTTP", ""})
         EXPECT_EQ(openAddressIfAgreed(QLatin1String(other), &window), AddressOutcome::Failed) << other;
     EXPECT_EQ(questions.size(), 2);
+
+    openAddressIfAgreed(QStringLiteral("https://bank.example@evil.example"), &window);
+    EXPECT_EQ(questions.last().at(1).section(u'\n', 0, 1),
+              QStringLiteral("It leads to: evil.example\n"
+                             "What stands before “@” is only a user name: bank.example"));
+    openAddressIfAgreed(QStringLiteral("mailto:a@x.org?attach=/etc/passwd&Subject=a%26b&cc=c@x.org#x"), &window);
+    EXPECT_EQ(opened.last().toString(QUrl::FullyEncoded), QStringLiteral("mailto:a@x.org?Subject=a%26b&cc=c@x.org"));
+}
+
+TEST_F(ReadingTest, AWideEnoughQuestionIsAsked)
+{
+    Alert::setResponder({});
+    int width = 0;
+    QTimer::singleShot(0, qApp, [&width] {
+        width = QApplication::activeModalWidget()->width();
+        QTest::keyClick(QApplication::activeModalWidget(), Qt::Key_Escape);
+    });
+    EXPECT_EQ(openAddressIfAgreed(QStringLiteral("https://example.org"), &window), AddressOutcome::Declined);
+    EXPECT_GE(width, 420);
+}
+
+TEST_F(ReadingTest, ALinksMenuOpensAndCopiesItsAddress)
+{
+    const QByteArray link = linkAnnotation("72 400 172 420", "/A << /S /URI /URI (https://example.org/) >>");
+    const PDFDocumentModel &linked =
+        open(makeFile("b.pdf", makePdf({PageSpec{.contents = {""}, .more = "/Annots [" + link + "]"}})));
+    const KRPDFView &pages = *linked.pdfWindowController()->pdfView();
+    ViewPoint onLink;
+    EXPECT_TRUE(QTest::qWaitFor([&] {
+        onLink = pages.convertPointFromPage({100, 410}, linked.pdfDoc()->pageAtIndex(0));
+        return pages.isOverLink(onLink);
+    }));
+    const QPoint place(qRound(onLink.x), qRound(pages.height() - onLink.y));
+    QContextMenuEvent wanted(QContextMenuEvent::Mouse, place, pages.mapToGlobal(place));
+    QCoreApplication::sendEvent(pages.viewport(), &wanted);
+    const auto *menu = qobject_cast<QMenu *>(QApplication::activePopupWidget());
+    ASSERT_TRUE(menu);
+    ASSERT_EQ(menu->actions().at(1)->text(), QStringLiteral("Copy A&ddress"));
+    menu->actions().at(1)->trigger();
+    EXPECT_EQ(QGuiApplication::clipboard()->text(), QStringLiteral("https://example.org/"));
+    answers = {0};
+    menu->actions().first()->trigger();
+    EXPECT_TRUE(QTest::qWaitFor([this] { return questions.size() == 1; }));
+    QApplication::activePopupWidget()->close();
 }
 
 TEST_F(ReadingTest, EveryMenuItemHasAKeyOfItsOwn)
