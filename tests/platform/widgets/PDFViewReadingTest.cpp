@@ -84,7 +84,11 @@ protected:
     {
         return view.place().pageIndex == place.pageIndex && std::abs(view.place().corner.y - place.corner.y) < 0.01;
     }
-    QColor pixel(const ViewPoint &point) { return view.viewport()->grab().toImage().pixelColor(inWidget(point)); }
+    QColor pixel(const ViewPoint &point)
+    {
+        const QImage shown = view.viewport()->grab().toImage();
+        return shown.pixelColor(inWidget(point) * shown.devicePixelRatio());
+    }
 
     QTemporaryDir folder;
     PDFDocument document;
