@@ -1,10 +1,9 @@
 #include "platform/widgets/PDFView.h"
 
 #include "platform/widgets/PDFView+Reading.h"
-#include "platform/widgets/TouchInput.h"
 
 #include <QHelpEvent>
-#include <QNativeGestureEvent>
+#include <QMouseEvent>
 #include <QPaintEvent>
 #include <QPainter>
 #include <QtMath>
@@ -25,21 +24,13 @@ constexpr int beyondView = 4;
 
 } // namespace
 
-PDFView::PDFView(QWidget *parent) : QAbstractScrollArea(parent), m_touch(std::make_unique<TouchInput>(*this))
+PDFView::PDFView(QWidget *parent) : ScrolledPages(parent)
 {
-    setFrameShape(QFrame::NoFrame);      // the viewport's origin is the view's
-    setLayoutDirection(Qt::LeftToRight); // the same: a scroll bar at the left would move it
-    setFocusPolicy(Qt::StrongFocus);
     viewport()->setMouseTracking(true);
-    viewport()->setAttribute(Qt::WA_AcceptTouchEvents);
     viewport()->setAttribute(Qt::WA_OpaquePaintEvent);
-    m_zoomRest.setSingleShot(true);
-    connect(&m_zoomRest, &QTimer::timeout, viewport(), qOverload<>(&QWidget::update));
     m_idle.setSingleShot(true);
     m_idle.setInterval(idleMilliseconds);
     connect(&m_idle, &QTimer::timeout, this, &PDFView::drawNeighboursAhead);
-    connect(&m_glide, &QVariantAnimation::valueChanged, this,
-            [this](const QVariant &position) { moveTo(position.toPointF()); });
     connect(&m_images, &PageImageStore::pieceArrived, this, &PDFView::pageContentArrived);
     setUpReading();
 }
@@ -51,29 +42,26 @@ void PDFView::setDocument(PDFDocument *document)
     forgetReading();
     if (m_document)
         m_document->disconnect(this);
-    m_document = document;
+    startWithDocument(document);
     m_images.setDocument(document);
     if (document) {
         connect(document, &PDFDocument::layoutChanged, this, &PDFView::layoutDocumentView);
         connect(document, &PDFDocument::stateChanged, this, &PDFView::layoutDocumentView);
     }
-    stopMoving();
-    m_scrollPosition = {};
-    m_chosenPage = -1;
     layoutDocumentView();
 }
 
-PDFPage *PDFView::currentPage() const
+void PDFView::layoutDocumentView()
 {
-    return m_document ? m_document->pageAtIndex(currentPageIndex()) : nullptr;
+    layOutPages();
+    Q_EMIT pageAppearanceChanged(nullptr);
 }
 
-int PDFView::currentPageIndex() const
+void PDFView::pageSizesChanged()
 {
-    if (m_chosenPage >= 0 && m_chosenPage < m_layout.pageCount() &&
-        pageRectInWidget(m_chosenPage).intersects(viewport()->rect()))
-        return m_chosenPage;
-    return m_layout.nearestPage(viewport()->height() / 2.0 - documentOrigin().y());
+    m_contentComplete = false;
+    // Before the frame, but after whoever else reacts to the same change: the zoom may be about to follow.
+    QMetaObject::invokeMethod(this, &PDFView::requestVisibleContent, Qt::QueuedConnection);
 }
 
 void PDFView::annotationsChangedOnPage(const PDFPage *page)
@@ -88,40 +76,6 @@ void PDFView::setNeedsDisplayInRect(const ViewRect &rect)
 {
     const QRectF inWidget(rect.x, height() - rect.maxY(), rect.width, rect.height);
     viewport()->update(inWidget.toAlignedRect().adjusted(-1, -1, 1, 1)); // antialiasing reaches one pixel further
-}
-
-void PDFView::layoutDocumentView()
-{
-    std::vector<QSizeF> sizes;
-    if (m_document) {
-        sizes.reserve(static_cast<std::size_t>(m_document->pageCount()));
-        for (int i = 0; i < m_document->pageCount(); ++i)
-            sizes.push_back(m_document->pageAtIndex(i)->shownSize());
-    }
-    // The page at the top stays there, whatever the pages above it became.
-    const int topPage = m_layout.nearestPage(m_scrollPosition.y() + PageLayout::margin / 2);
-    const QPointF beyondCorner = topPage < 0 ? QPointF() : m_scrollPosition - m_layout.pageRect(topPage).topLeft();
-    m_glide.stop();
-    m_layout = PageLayout(sizes, m_scaleFactor, viewport()->devicePixelRatioF());
-    m_contentComplete = false;
-    m_zoomAnchor.reset();
-    setScrollBarRanges();
-    const bool isKept = topPage >= 0 && topPage < m_layout.pageCount();
-    m_scrollPosition = bounded(isKept ? m_layout.pageRect(topPage).topLeft() + beyondCorner : QPointF());
-    setScrollBarValues();
-    viewport()->update();
-    // Before the frame, but after whoever else reacts to the same change: the zoom may be about to follow.
-    QMetaObject::invokeMethod(this, &PDFView::requestVisibleContent, Qt::QueuedConnection);
-    noteCurrentPage();
-    Q_EMIT contentViewBoundsChanged();
-    Q_EMIT pageAppearanceChanged(nullptr);
-}
-
-void PDFView::noteCurrentPage()
-{
-    const int current = currentPageIndex();
-    if (std::exchange(m_lastCurrentPage, current) != current)
-        Q_EMIT currentPageChanged();
 }
 
 void PDFView::pageContentArrived(int sourceIndex)
@@ -196,7 +150,7 @@ QRect PDFView::neededPixels(const QRectF &pageRect) const
 
 void PDFView::requestVisibleContent()
 {
-    if (!isVisible() || m_zoomRest.isActive())
+    if (!isVisible() || isZoomRestless())
         return;
     for (const int i : visiblePages())
         m_images.piece(*m_document->pageAtIndex(i), pixelsPerPoint(), neededPixels(pageRectInWidget(i)));
@@ -205,7 +159,7 @@ void PDFView::requestVisibleContent()
 void PDFView::drawNeighboursAhead()
 {
     const std::vector<int> shown = visiblePages();
-    if (shown.empty() || !isVisible() || m_zoomRest.isActive())
+    if (shown.empty() || !isVisible() || isZoomRestless())
         return;
     std::vector<const PDFPage *> neighbours;
     for (const int i : {shown.back() + 1, shown.front() - 1}) {
@@ -217,7 +171,7 @@ void PDFView::drawNeighboursAhead()
 
 QRectF PDFView::placeOfPiece(const PageImageStore::Piece &piece, const QRectF &pageRect) const
 {
-    const double k = m_scaleFactor / piece.scale; // pixels of the image to pixels of the widget
+    const double k = scaleFactor() / piece.scale; // pixels of the image to pixels of the widget
     return {pageRect.topLeft() + QPointF(piece.region.topLeft()) * k, QSizeF(piece.image.size()) * k};
 }
 
@@ -232,7 +186,7 @@ void PDFView::drawPiece(QPainter &painter, const PageImageStore::Piece &piece, c
     } else {
         // Of an image that is enlarged a lot, only what is visible: the painter does not count far enough.
         const QRectF whole = placeOfPiece(piece, pageRect);
-        const double k = piece.scale / m_scaleFactor;
+        const double k = piece.scale / scaleFactor();
         const QRectF visible = (whole & QRectF(viewport()->rect())).translated(-whole.topLeft());
         const QRect source = QRectF(visible.topLeft() * k, visible.size() * k).toAlignedRect().adjusted(-1, -1, 1, 1) &
                              piece.image.rect();
@@ -252,7 +206,7 @@ bool PDFView::drawPageContent(QPainter &painter, const PDFPage &page, const QRec
     };
     const auto *standIn = m_images.standIn(page);
     const auto *backdrop = m_images.backdrop(page);
-    const bool waits = m_zoomRest.isActive() && (reaches(standIn) || backdrop);
+    const bool waits = isZoomRestless() && (reaches(standIn) || backdrop);
     using Missing = PageImageStore::Missing;
     if (const auto *piece =
             m_images.piece(page, pixelsPerPoint(), neededPixels(pageRect), waits ? Missing::Leave : Missing::Request)) {
@@ -302,30 +256,19 @@ void PDFView::drawAgain(int pageIndex)
 
 bool PDFView::viewportEvent(QEvent *event)
 {
-    if (event->type() == QEvent::MouseButtonPress || event->type() == QEvent::MouseButtonDblClick) {
-        stopMoving(); // what is pressed is not to slip away, or to be dragged by pages that glide on
-        if (m_pageNotes.isSecondPress(static_cast<QMouseEvent *>(event)->position().toPoint()))
-            return true;
-    }
-    if (m_touch->handle(event))
+    if ((event->type() == QEvent::MouseButtonPress || event->type() == QEvent::MouseButtonDblClick) &&
+        m_pageNotes.isSecondPress(static_cast<QMouseEvent *>(event)->position().toPoint()))
         return true;
     if (event->type() == QEvent::ToolTip && showAddressAt(*static_cast<QHelpEvent *>(event)))
         return true;
-    if (event->type() == QEvent::NativeGesture) {
-        const auto *gesture = static_cast<QNativeGestureEvent *>(event);
-        if (gesture->gestureType() == Qt::ZoomNativeGesture) {
-            setScaleFactor(m_scaleFactor * (1 + gesture->value()), viewPointAt(gesture->position()));
-            return true;
-        }
-    }
-    return QAbstractScrollArea::viewportEvent(event);
+    return ScrolledPages::viewportEvent(event);
 }
 
 bool PDFView::event(QEvent *event)
 {
     if (event->type() == QEvent::Show || event->type() == QEvent::ParentChange)
         watchWindow();
-    return QAbstractScrollArea::event(event);
+    return ScrolledPages::event(event);
 }
 
 // The hook before a frame runs from the window's update request: from paintEvent() its marks would cause frame after
@@ -348,7 +291,7 @@ bool PDFView::eventFilter(QObject *watched, QEvent *event)
         viewWillDraw();
         placeDrawAgainButtons();
     }
-    return QAbstractScrollArea::eventFilter(watched, event);
+    return ScrolledPages::eventFilter(watched, event);
 }
 
 } // namespace inkory

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "platform/widgets/PDFView.h"
+#include "platform/widgets/ScrolledPages.h"
 
 #include <QEvent>
 #include <QPointF>
@@ -21,7 +21,7 @@ namespace inkory
 class TouchInput
 {
 public:
-    explicit TouchInput(PDFView &view) : m_view(view) {}
+    explicit TouchInput(ScrolledPages &view) : m_view(view) {}
 
     /// An event of the viewport. Whether it was a finger's, or one of the gliding, and is done with.
     bool handle(QEvent *event);
@@ -39,9 +39,9 @@ private:
     struct Pinch
     {
         std::array<int, 2> fingers{};
-        double distance = 0;   // between the fingers when they began
-        double factor = 1;     // the view's zoom factor then
-        PDFView::Place middle; // what was between the fingers then
+        double distance = 0;         // between the fingers when they began
+        double factor = 1;           // the view's zoom factor then
+        ScrolledPages::Place middle; // what was between the fingers then
     };
 
     static Fingers fingersOf(const QTouchEvent &event);
@@ -60,7 +60,7 @@ private:
     void sendMouse(QEvent::Type type, const QPointF &position) const;
     QScroller &scroller();
 
-    PDFView &m_view;
+    ScrolledPages &m_view;
     Mode m_mode = Mode::None;
     bool m_mayTap = false;
     int m_finger = 0; // the one that scrolls or drags

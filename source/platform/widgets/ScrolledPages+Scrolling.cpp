@@ -1,6 +1,7 @@
-// How the pages are moved under the view: by wheels, keys, scroll bars and calls. Zooming is in PDFView+Zooming.cpp.
+// How the pages are moved under the view: by wheels, keys, scroll bars and calls. Zooming is in
+// ScrolledPages+Zooming.cpp.
 
-#include "platform/widgets/PDFView.h"
+#include "platform/widgets/ScrolledPages.h"
 #include "platform/widgets/TouchInput.h"
 
 #include <QApplication>
@@ -43,20 +44,20 @@ double distanceToShow(double start, double end, double shown, double mostSpace)
 
 } // namespace
 
-QSizeF PDFView::scrollRange() const
+QSizeF ScrolledPages::scrollRange() const
 {
     const QSizeF document = m_layout.documentSize();
     const QSize shown = viewport()->size();
     return {std::max(0.0, document.width() - shown.width()), std::max(0.0, document.height() - shown.height())};
 }
 
-QPointF PDFView::bounded(const QPointF &position) const
+QPointF ScrolledPages::bounded(const QPointF &position) const
 {
     const QSizeF range = scrollRange();
     return {std::clamp(position.x(), 0.0, range.width()), std::clamp(position.y(), 0.0, range.height())};
 }
 
-void PDFView::moveTo(const QPointF &position)
+void ScrolledPages::moveTo(const QPointF &position)
 {
     if (!std::isfinite(position.x()) || !std::isfinite(position.y()))
         return;
@@ -69,7 +70,7 @@ void PDFView::moveTo(const QPointF &position)
     positionChanged();
 }
 
-void PDFView::positionChanged()
+void ScrolledPages::positionChanged()
 {
     if (!isLookedAt(m_chosenPage))
         m_chosenPage = -1;
@@ -79,20 +80,20 @@ void PDFView::positionChanged()
     Q_EMIT contentViewBoundsChanged();
 }
 
-void PDFView::scrollTo(const QPointF &position)
+void ScrolledPages::scrollTo(const QPointF &position)
 {
     stopMoving();
     moveTo(position);
 }
 
-void PDFView::stopMoving()
+void ScrolledPages::stopMoving()
 {
     m_glide.stop();
     m_touch->stop();
 }
 
 // Ends exactly where the sum of all steps leads, also of those that came on the way.
-void PDFView::glideBy(const QPointF &distance)
+void ScrolledPages::glideBy(const QPointF &distance)
 {
     const bool isOnTheWay = m_glide.state() == QAbstractAnimation::Running;
     const QPointF end = bounded((isOnTheWay ? m_glide.endValue().toPointF() : m_scrollPosition) + distance);
@@ -108,12 +109,12 @@ void PDFView::glideBy(const QPointF &distance)
     m_glide.start();
 }
 
-double PDFView::pixelsPerBarStep(double range)
+double ScrolledPages::pixelsPerBarStep(double range)
 {
     return std::max(1.0, range / mostBarSteps);
 }
 
-void PDFView::setScrollBarRanges()
+void ScrolledPages::setScrollBarRanges()
 {
     const QScopedValueRollback guard(m_isSettingScrollBars, true);
     const auto adjust = [](QScrollBar *bar, double range, int shown) {
@@ -136,7 +137,7 @@ void PDFView::setScrollBarRanges()
     }
 }
 
-void PDFView::setScrollBarValues()
+void ScrolledPages::setScrollBarValues()
 {
     const QScopedValueRollback guard(m_isSettingScrollBars, true);
     const QSizeF range = scrollRange();
@@ -144,7 +145,7 @@ void PDFView::setScrollBarValues()
     verticalScrollBar()->setValue(qRound(m_scrollPosition.y() / pixelsPerBarStep(range.height())));
 }
 
-void PDFView::scrollContentsBy(int dx, int dy)
+void ScrolledPages::scrollContentsBy(int dx, int dy)
 {
     if (m_isSettingScrollBars)
         return;
@@ -157,7 +158,7 @@ void PDFView::scrollContentsBy(int dx, int dy)
     scrollTo(to);
 }
 
-void PDFView::resizeEvent(QResizeEvent *event)
+void ScrolledPages::resizeEvent(QResizeEvent *event)
 {
     QAbstractScrollArea::resizeEvent(event);
     if (m_isSettingScrollBars)
@@ -168,7 +169,7 @@ void PDFView::resizeEvent(QResizeEvent *event)
     positionChanged();
 }
 
-void PDFView::goToPage(int index)
+void ScrolledPages::goToPage(int index)
 {
     if (index < 0 || index >= m_layout.pageCount())
         return;
@@ -180,7 +181,7 @@ void PDFView::goToPage(int index)
 }
 
 // Whether the page covers the middle of the view's height, or is seen as a whole.
-bool PDFView::isLookedAt(int index) const
+bool ScrolledPages::isLookedAt(int index) const
 {
     if (index < 0 || index >= m_layout.pageCount())
         return false;
@@ -189,13 +190,13 @@ bool PDFView::isLookedAt(int index) const
     return (page.top() <= middle && page.bottom() >= middle) || QRectF(viewport()->rect()).contains(page);
 }
 
-void PDFView::choosePage(int index)
+void ScrolledPages::choosePage(int index)
 {
     m_chosenPage = index;
     noteCurrentPage();
 }
 
-PDFView::Place PDFView::place() const
+ScrolledPages::Place ScrolledPages::place() const
 {
     const QPointF corner = -exactOrigin();
     // A gap at the top belongs to the page below it: nothing else is seen there.
@@ -203,13 +204,13 @@ PDFView::Place PDFView::place() const
     return index < 0 ? Place{} : placeInDocument(corner, index);
 }
 
-void PDFView::goToPlace(const Place &place)
+void ScrolledPages::goToPlace(const Place &place)
 {
     if (m_document && place.pageIndex >= 0 && place.pageIndex < m_layout.pageCount())
         scrollTo(pointInDocument(place));
 }
 
-void PDFView::scrollToVisible(const PageRect &rect, const PDFPage *page, double space)
+void ScrolledPages::scrollToVisible(const PageRect &rect, const PDFPage *page, double space)
 {
     const int index = m_document ? m_document->indexForPage(page) : -1;
     if (index < 0 || index >= m_layout.pageCount())
@@ -221,7 +222,7 @@ void PDFView::scrollToVisible(const PageRect &rect, const PDFPage *page, double 
               distanceToShow(top, top + shown.height, viewport()->height(), space)});
 }
 
-void PDFView::wheelEvent(QWheelEvent *event)
+void ScrolledPages::wheelEvent(QWheelEvent *event)
 {
     event->accept();
     const QPointF notches = QPointF(event->angleDelta()) / unitsPerNotch;
@@ -247,7 +248,7 @@ void PDFView::wheelEvent(QWheelEvent *event)
         scrollBy(distance);
 }
 
-void PDFView::keyPressEvent(QKeyEvent *event)
+void ScrolledPages::keyPressEvent(QKeyEvent *event)
 {
     const auto modifiers = event->modifiers() & ~(Qt::KeypadModifier | Qt::ShiftModifier);
     const bool isToTheEnds = event->key() == Qt::Key_Home || event->key() == Qt::Key_End;
@@ -255,7 +256,7 @@ void PDFView::keyPressEvent(QKeyEvent *event)
     event->setAccepted(isPlain && scrollWithKey(*event));
 }
 
-bool PDFView::scrollWithKey(const QKeyEvent &event)
+bool ScrolledPages::scrollWithKey(const QKeyEvent &event)
 {
     const double page = std::max(1.0, viewport()->height() - pixelsPerStep);
     switch (event.key()) {
@@ -294,7 +295,7 @@ bool PDFView::scrollWithKey(const QKeyEvent &event)
     return true;
 }
 
-void PDFView::scrollSidewaysOrTurnPage(int direction)
+void ScrolledPages::scrollSidewaysOrTurnPage(int direction)
 {
     if (scrollRange().width() > 0)
         scrollBy({direction * pixelsPerStep, 0});

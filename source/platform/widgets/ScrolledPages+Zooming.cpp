@@ -1,6 +1,6 @@
 // How the zoom factor changes, and what stays where it is meanwhile.
 
-#include "platform/widgets/PDFView.h"
+#include "platform/widgets/ScrolledPages.h"
 
 #include <algorithm>
 #include <cmath>
@@ -25,13 +25,13 @@ float fittingFactor(double viewLength, double pageLength)
 
 } // namespace
 
-void PDFView::setScaleFactor(double factor)
+void ScrolledPages::setScaleFactor(double factor)
 {
     const ViewRect visible = visibleRect();
     setScaleFactor(factor, visible.center());
 }
 
-void PDFView::setScaleFactor(double factor, const ViewPoint &anchor)
+void ScrolledPages::setScaleFactor(double factor, const ViewPoint &anchor)
 {
     if (std::isnan(factor))
         return;
@@ -44,7 +44,7 @@ void PDFView::setScaleFactor(double factor, const ViewPoint &anchor)
     m_zoomAnchor = kept;
 }
 
-void PDFView::zoomKeeping(double factor, const Place &kept, const QPointF &at)
+void ScrolledPages::zoomKeeping(double factor, const Place &kept, const QPointF &at)
 {
     factor = std::clamp(factor, minScaleFactor, maxScaleFactor);
     const auto positionFor = [&] {
@@ -60,45 +60,43 @@ void PDFView::zoomKeeping(double factor, const Place &kept, const QPointF &at)
     noteZooming();
     m_scaleFactor = factor;
     m_layout.setScale(factor, viewport()->devicePixelRatioF());
-    m_contentComplete = false;
     setScrollBarRanges();
     m_scrollPosition = bounded(positionFor());
     m_zoomAnchor.reset();
+    pageSizesChanged();
     positionChanged();
-    // Before the frame, but after whoever else reacts to the same change.
-    QMetaObject::invokeMethod(this, &PDFView::requestVisibleContent, Qt::QueuedConnection);
     Q_EMIT scaleFactorChanged();
 }
 
-void PDFView::noteZooming()
+void ScrolledPages::noteZooming()
 {
     if (m_sinceZoom.isValid() && m_sinceZoom.elapsed() < restMilliseconds)
         m_zoomRest.start(restMilliseconds);
     m_sinceZoom.start();
 }
 
-void PDFView::zoomByNotches(double notches, const QPointF &at)
+void ScrolledPages::zoomByNotches(double notches, const QPointF &at)
 {
     if (notches != 0)
         setScaleFactor(m_scaleFactor * std::pow(zoomStep, notches), viewPointAt(at));
 }
 
-void PDFView::zoomIn()
+void ScrolledPages::zoomIn()
 {
     setScaleFactor(m_scaleFactor * zoomStep);
 }
 
-void PDFView::zoomOut()
+void ScrolledPages::zoomOut()
 {
     setScaleFactor(m_scaleFactor / zoomStep);
 }
 
-void PDFView::zoomActualSize()
+void ScrolledPages::zoomActualSize()
 {
     setScaleFactor(1.0);
 }
 
-void PDFView::fitPageWidth()
+void ScrolledPages::fitPageWidth()
 {
     const PDFPage *page = currentPage();
     const PageRect media = page ? page->boundsForBox(DisplayBox::MediaBox) : PageRect{};
@@ -106,7 +104,7 @@ void PDFView::fitPageWidth()
         setScaleFactor(static_cast<double>(fittingFactor(viewBounds().width, media.width)));
 }
 
-void PDFView::fitPageSize()
+void ScrolledPages::fitPageSize()
 {
     const PDFPage *page = currentPage();
     const PageRect media = page ? page->boundsForBox(DisplayBox::MediaBox) : PageRect{};

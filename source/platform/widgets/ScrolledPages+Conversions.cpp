@@ -1,6 +1,6 @@
 // Where pages stand in the view, and the way from one space to another.
 
-#include "platform/widgets/PDFView.h"
+#include "platform/widgets/ScrolledPages.h"
 
 #include <algorithm>
 #include <cmath>
@@ -8,7 +8,7 @@
 namespace inkory
 {
 
-QPointF PDFView::exactOrigin() const
+QPointF ScrolledPages::exactOrigin() const
 {
     const QSizeF document = m_layout.documentSize();
     const QSize shown = viewport()->size();
@@ -19,21 +19,21 @@ QPointF PDFView::exactOrigin() const
     return {x, y};
 }
 
-QPointF PDFView::documentOrigin() const
+QPointF ScrolledPages::documentOrigin() const
 {
     const double ratio = viewport()->devicePixelRatioF();
     const QPointF exact = exactOrigin();
     return {std::round(exact.x() * ratio) / ratio, std::round(exact.y() * ratio) / ratio};
 }
 
-QPointF PDFView::pointInDocument(const Place &place) const
+QPointF ScrolledPages::pointInDocument(const Place &place) const
 {
     const PDFPage *page = m_document->pageAtIndex(place.pageIndex);
     const QPointF shown = page->shownTransform().map(QPointF(place.corner.x, place.corner.y));
     return m_layout.pageRect(place.pageIndex).topLeft() + shown * m_scaleFactor;
 }
 
-PDFView::Place PDFView::placeInDocument(const QPointF &point, int pageIndex) const
+ScrolledPages::Place ScrolledPages::placeInDocument(const QPointF &point, int pageIndex) const
 {
     const PDFPage *page = m_document->pageAtIndex(pageIndex);
     const QPointF shown = (point - m_layout.pageRect(pageIndex).topLeft()) / m_scaleFactor;
@@ -41,19 +41,19 @@ PDFView::Place PDFView::placeInDocument(const QPointF &point, int pageIndex) con
     return {pageIndex, {inPage.x(), inPage.y()}};
 }
 
-PDFView::Place PDFView::placeAt(const QPointF &point) const
+ScrolledPages::Place ScrolledPages::placeAt(const QPointF &point) const
 {
     const QPointF inDocument = point - exactOrigin();
     const int index = m_document ? m_layout.nearestPage(inDocument.y()) : -1;
     return index < 0 ? Place{} : placeInDocument(inDocument, index);
 }
 
-QRectF PDFView::pageRectInWidget(int pageIndex) const
+QRectF ScrolledPages::pageRectInWidget(int pageIndex) const
 {
     return m_layout.pageRect(pageIndex).translated(documentOrigin());
 }
 
-std::vector<int> PDFView::visiblePages() const
+std::vector<int> ScrolledPages::visiblePages() const
 {
     std::vector<int> indices;
     if (!m_document)
@@ -68,17 +68,17 @@ std::vector<int> PDFView::visiblePages() const
     return indices;
 }
 
-QRect PDFView::visiblePart(int pageIndex) const
+QRect ScrolledPages::visiblePart(int pageIndex) const
 {
     return pageRectInWidget(pageIndex).toAlignedRect() & viewport()->rect();
 }
 
-double PDFView::pixelsPerPoint() const
+double ScrolledPages::pixelsPerPoint() const
 {
     return m_scaleFactor * viewport()->devicePixelRatioF();
 }
 
-QTransform PDFView::widgetTransform(int pageIndex) const
+QTransform ScrolledPages::widgetTransform(int pageIndex) const
 {
     const PDFPage *page = m_document->pageAtIndex(pageIndex);
     const QPointF corner = pageRectInWidget(pageIndex).topLeft();
@@ -86,7 +86,7 @@ QTransform PDFView::widgetTransform(int pageIndex) const
            QTransform::fromTranslate(corner.x(), corner.y());
 }
 
-QTransform PDFView::viewTransform(const PDFPage *page) const
+QTransform ScrolledPages::viewTransform(const PDFPage *page) const
 {
     const int index = m_document ? m_document->indexForPage(page) : -1;
     if (index < 0 || index >= m_layout.pageCount())
@@ -94,67 +94,67 @@ QTransform PDFView::viewTransform(const PDFPage *page) const
     return widgetTransform(index) * QTransform(1, 0, 0, -1, 0, height());
 }
 
-ViewRect PDFView::convertRectFromPage(const PageRect &rect, const PDFPage *page) const
+ViewRect ScrolledPages::convertRectFromPage(const PageRect &rect, const PDFPage *page) const
 {
     return fromQRectF<ViewSpace>(viewTransform(page).mapRect(toQRectF(rect)));
 }
 
-PageRect PDFView::convertRectToPage(const ViewRect &rect, const PDFPage *page) const
+PageRect ScrolledPages::convertRectToPage(const ViewRect &rect, const PDFPage *page) const
 {
     return fromQRectF<PageSpace>(viewTransform(page).inverted().mapRect(toQRectF(rect)));
 }
 
-ViewPoint PDFView::convertPointFromPage(const PagePoint &point, const PDFPage *page) const
+ViewPoint ScrolledPages::convertPointFromPage(const PagePoint &point, const PDFPage *page) const
 {
     const QPointF mapped = viewTransform(page).map(QPointF(point.x, point.y));
     return {mapped.x(), mapped.y()};
 }
 
-PagePoint PDFView::convertPointToPage(const ViewPoint &point, const PDFPage *page) const
+PagePoint ScrolledPages::convertPointToPage(const ViewPoint &point, const PDFPage *page) const
 {
     const QPointF mapped = viewTransform(page).inverted().map(QPointF(point.x, point.y));
     return {mapped.x(), mapped.y()};
 }
 
-OverlayRect PDFView::convertRectToOverlay(const ViewRect &rect) const
+OverlayRect ScrolledPages::convertRectToOverlay(const ViewRect &rect) const
 {
     return {rect.x, height() - rect.maxY(), rect.width, rect.height};
 }
 
-ViewRect PDFView::convertRectFromOverlay(const OverlayRect &rect) const
+ViewRect ScrolledPages::convertRectFromOverlay(const OverlayRect &rect) const
 {
     return {rect.x, height() - rect.maxY(), rect.width, rect.height};
 }
 
-OverlayPoint PDFView::convertPointToOverlay(const ViewPoint &point) const
+OverlayPoint ScrolledPages::convertPointToOverlay(const ViewPoint &point) const
 {
     return {point.x, height() - point.y};
 }
 
-ViewPoint PDFView::convertPointFromOverlay(const OverlayPoint &point) const
+ViewPoint ScrolledPages::convertPointFromOverlay(const OverlayPoint &point) const
 {
     return {point.x, height() - point.y};
 }
 
-ViewPoint PDFView::convertPointFromWindow(const WindowPoint &point) const
+ViewPoint ScrolledPages::convertPointFromWindow(const WindowPoint &point) const
 {
     const QPointF local = mapFrom(window(), QPointF(point.x, point.y));
     return {local.x(), height() - local.y()};
 }
 
-ViewRect PDFView::viewBounds() const
+ViewRect ScrolledPages::viewBounds() const
 {
     return {0, 0, static_cast<double>(width()), static_cast<double>(height())};
 }
 
-ViewRect PDFView::visibleRect() const
+ViewRect ScrolledPages::visibleRect() const
 {
     const QSize shown = viewport()->size();
     return {0, static_cast<double>(height() - shown.height()), static_cast<double>(shown.width()),
             static_cast<double>(shown.height())};
 }
 
-ViewRect PDFView::documentViewFrame() const
+ViewRect ScrolledPages::documentViewFrame() const
 {
     if (m_layout.pageCount() == 0)
         return {};
@@ -163,7 +163,7 @@ ViewRect PDFView::documentViewFrame() const
     return {origin.x(), height() - origin.y() - size.height(), size.width(), size.height()};
 }
 
-PDFPage *PDFView::pageForPoint(const ViewPoint &point, PageSearch search) const
+PDFPage *ScrolledPages::pageForPoint(const ViewPoint &point, PageSearch search) const
 {
     if (!m_document)
         return nullptr;
