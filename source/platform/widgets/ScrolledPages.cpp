@@ -16,6 +16,7 @@ ScrolledPages::ScrolledPages(QWidget *parent)
     setLayoutDirection(Qt::LeftToRight); // the same: a scroll bar at the left would move it
     setFocusPolicy(Qt::StrongFocus);
     viewport()->setAttribute(Qt::WA_AcceptTouchEvents);
+    viewport()->ungrabGesture(Qt::PanGesture); // it would scroll beside TouchInput, also under a drag
     m_zoomRest.setSingleShot(true);
     connect(&m_zoomRest, &QTimer::timeout, viewport(), qOverload<>(&QWidget::update));
     connect(&m_glide, &QVariantAnimation::valueChanged, this,
