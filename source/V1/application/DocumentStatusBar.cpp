@@ -55,10 +55,11 @@ void DocumentStatusBar::showInlineMessage(const QString &text, Stay stay)
     m_messageTimer.stop();
     if (stay == Stay::UntilReplaced)
         m_lastingMessage = text;
-    else
+    else if (!text.isEmpty())
         m_messageTimer.start(messageMilliseconds);
-    m_message->setText(text);
-    m_message->setToolTip(plainToolTip(text)); // the whole text, should the label be too narrow
+    const QString shown = text.isEmpty() ? m_lastingMessage : text;
+    m_message->setText(shown);
+    m_message->setToolTip(plainToolTip(shown)); // the whole text, should the label be too narrow
 }
 
 QString DocumentStatusBar::inlineMessage() const

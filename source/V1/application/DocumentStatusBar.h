@@ -20,7 +20,7 @@ public:
 
     explicit DocumentStatusBar(QWidget *parent = nullptr);
 
-    /// Plain text; empty takes the message away.
+    /// Plain text; empty takes the message away. What was shown for a while gives way to what stays until replaced.
     void showInlineMessage(const QString &text, Stay stay);
     QString inlineMessage() const;
 

@@ -28,6 +28,9 @@ void PDFWindowController::connectReadingActions()
         else
             m_pdfView->printDocument();
     });
+    connect(m_pdfView, &PDFView::printedToFile, this, [this](const QString &displayableName) {
+        m_statusBar->showInlineMessage(tr("Printed to “%1”.").arg(displayableName), DocumentStatusBar::Stay::AWhile);
+    });
     onTriggered("actionCopy", [this] { m_pdfView->copySelection(); });
     onTriggered("actionSelectAll", [this] { m_pdfView->selectAllText(); });
     onTriggered("actionBack", [this] { m_pdfView->goBack(); });

@@ -190,8 +190,11 @@ void PDFWindowController::setCurrentToolType(ToolType tool)
     }
     m_pdfView->setCurrentToolType(tool);
     m_currentToolType = tool;
+    const QString hint = tr("Click where the signature belongs.");
     if (tool == ToolTypeImageStamp && m_imageStampViewImage)
-        m_statusBar->showInlineMessage(tr("Click where the signature belongs."), DocumentStatusBar::Stay::AWhile);
+        m_statusBar->showInlineMessage(hint, DocumentStatusBar::Stay::AWhile);
+    else if (m_statusBar->inlineMessage() == hint)
+        m_statusBar->showInlineMessage({}, DocumentStatusBar::Stay::AWhile);
 }
 
 void PDFWindowController::setImageStampViewImage(const ImagePtr &image)
