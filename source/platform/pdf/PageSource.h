@@ -35,9 +35,9 @@ struct OpenOutcome
     QSizeF firstPageSize;
 };
 
-/// Visible pages come before thumbnails, these before what may be needed soon. Idle is for images that nobody waits for:
-/// they come after everything else, also outline and search, and one that is being drawn makes room for whatever comes,
-/// to be begun anew later.
+/// Visible pages come before thumbnails, these before what may be needed soon. Idle is for images that nobody waits
+/// for: they come after everything else, also outline and search, and one that is being drawn makes room for whatever
+/// comes, to be begun anew later.
 enum class DrawPriority { Visible, Thumbnail, Ahead, Idle };
 
 /// Names a request; 0 names none.
@@ -77,8 +77,9 @@ public:
                                 std::function<void(const Result<std::vector<PageLink>> &)> done) = 0;
     /// Empty for a document that has none. Comes after all that is drawn and wanted.
     virtual DrawToken readOutline(std::function<void(const Result<std::vector<OutlineItem>> &)> done) = 0;
-    /// Searches on when asked again from FindReply::nextPage on. Comes after all that is drawn and wanted. Fails over the
-    /// request's first page only: the one after it can be searched. A text of nothing but white space occurs nowhere.
+    /// Searches on when asked again from FindReply::nextPage on. Comes after all that is drawn and wanted. Fails over
+    /// the request's first page only: the one after it can be searched. A text of nothing but white space occurs
+    /// nowhere.
     virtual DrawToken find(const FindRequest &request, std::function<void(const Result<FindReply> &)> done) = 0;
 
     /// Forgets the request, or stops it if a helper is at it. A token that is done or unknown is ignored.
