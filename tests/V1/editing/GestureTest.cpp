@@ -1,7 +1,10 @@
 #include "V1/editing/GestureFixture.h"
 
+#include <QPointingDevice>
 #include <QShortcut>
 #include <QWheelEvent>
+
+#include <memory>
 
 using namespace inkory;
 using namespace inkory::test;
@@ -331,11 +334,11 @@ TEST_F(GestureFixture, AFingerDragsStampsAndOnlyThose)
     EXPECT_FALSE(Asked::claims(*view, background + QPoint(10, 0))) << "a button";
     EXPECT_TRUE(Asked::claims(*view, middle + QPoint(49, 19)));
 
-    auto *device = QTest::createTouchDevice();
-    QTest::touchEvent(window.windowHandle(), device).press(1, middle);
+    const std::unique_ptr<QPointingDevice> device{QTest::createTouchDevice()};
+    QTest::touchEvent(window.windowHandle(), device.get()).press(1, middle);
     for (const int way : {10, 20, 30})
-        QTest::touchEvent(window.windowHandle(), device).move(1, middle + QPoint(way, 0));
-    QTest::touchEvent(window.windowHandle(), device).release(1, middle + QPoint(30, 0));
+        QTest::touchEvent(window.windowHandle(), device.get()).move(1, middle + QPoint(way, 0));
+    QTest::touchEvent(window.windowHandle(), device.get()).release(1, middle + QPoint(30, 0));
     EXPECT_EQ(stamp.frame(), (PageRect{230, 600, 100, 40}));
     EXPECT_EQ(stamp.stampMode(), StampModeSelected);
 
@@ -346,8 +349,8 @@ TEST_F(GestureFixture, AFingerDragsStampsAndOnlyThose)
     QTest::mouseMove(window.windowHandle(), beside);
     EXPECT_EQ(view->viewport()->cursor().shape(), Qt::ArrowCursor);
     const auto tap = [&](QPoint at) {
-        QTest::touchEvent(window.windowHandle(), device).press(1, at);
-        QTest::touchEvent(window.windowHandle(), device).release(1, at);
+        QTest::touchEvent(window.windowHandle(), device.get()).press(1, at);
+        QTest::touchEvent(window.windowHandle(), device.get()).release(1, at);
     };
     tap(beside - QPoint(40, 0));
     EXPECT_EQ(view->selectedStampView(), nullptr);
