@@ -14,6 +14,7 @@
 #include <QBuffer>
 #include <QDir>
 #include <QFile>
+#include <QMouseEvent>
 #include <QPainter>
 #include <QProcess>
 #include <QRandomGenerator>
@@ -234,17 +235,24 @@ void dragging(const QString &file)
         const PagePoint center = stamp->frame().center();
         stamp->setFrame({center.x - 50, center.y - 20, 100, 40});
     }
-    view.viewport()->repaint();
+    const auto send = [&view](QEvent::Type type, const QPointF &at) {
+        const Qt::MouseButton button = type == QEvent::MouseMove ? Qt::NoButton : Qt::LeftButton;
+        QMouseEvent event(type, at, view.viewport()->mapToGlobal(at), button, Qt::LeftButton, Qt::NoModifier);
+        QApplication::sendEvent(view.viewport(), &event);
+        QCoreApplication::processEvents(); // the frame
+    };
+    view.setCurrentToolType(ToolTypeSelect);
+    const ViewRect shownStamp = view.convertRectFromPage(view.stampViews().front()->frame(), page);
+    QPointF pointer(shownStamp.center().x, view.height() - shownStamp.center().y);
+    send(QEvent::MouseButtonPress, pointer);
+    const PageRect pressed = view.stampViews().front()->frame();
     std::vector<double> times;
-    for (int i = 0; i < 500; ++i)
-        times.push_back(computingMillisecondsOf([&] {
-            const auto stamp = view.stampViews().front();
-            PageRect frame = stamp->frame();
-            frame.x += i % 100 < 50 ? 1.3 : -1.3;
-            stamp->setFrame(frame);
-            view.updateStampViewOverlay();
-            view.viewport()->repaint();
-        }));
+    for (int i = 0; i < 500; ++i) {
+        pointer += QPointF(i % 100 < 50 ? 2 : -2, i % 60 < 30 ? 1 : -1);
+        times.push_back(computingMillisecondsOf([&] { send(QEvent::MouseMove, pointer); }));
+    }
+    if (view.stampViews().front()->frame() == pressed)
+        std::puts("THE STAMP DID NOT MOVE");
     reportTimes(QStringLiteral("drag step, 50 stamps, pixel ratio %1").arg(view.devicePixelRatioF()), times,
                 floorOf(view.size()), 4, 4);
 }

@@ -7,6 +7,9 @@
 
 #include <QPainter>
 
+#include <algorithm>
+#include <iterator>
+
 using namespace inkory;
 
 namespace
@@ -16,6 +19,11 @@ const QString rotateOperation = QStringLiteral("rotateWithObject");
 const QString updateFrameAndPageOperation = QStringLiteral("updateFrameAndPage");
 const QString frameKey = QStringLiteral("frame");
 const QString pageKey = QStringLiteral("page");
+
+bool overlap(const PageRect &a, const PageRect &b)
+{
+    return a.x < b.maxX() && b.x < a.maxX() && a.y < b.maxY() && b.y < a.maxY();
+}
 
 } // namespace
 
@@ -46,14 +54,21 @@ void KRStamp::setStampMode(StampMode mode)
     m_stampMode = mode;
 }
 
-// The order of a page's stamps is saved, but choosing one of them is no step that a person would want to undo.
+// The order of a page's stamps is saved, but choosing one of them is no step that a person would want to undo, and no
+// change at all where nobody sees which one is on top.
 void KRStamp::moveToTop(KRPDFPage &page)
 {
     if (!page.stamps().empty() && page.stamps().back().get() == this)
         return;
     const auto self = shared_from_this();
+    const auto &stamps = page.stamps();
+    const auto above = std::next(std::find(stamps.begin(), stamps.end(), self));
+    const bool isSeen =
+        std::any_of(above, stamps.end(), [this](const auto &stamp) { return overlap(m_frame, stamp->frame()); });
     page.removeStamp(this);
     page.addStamp(self);
+    if (!isSeen)
+        return;
     if (UndoManager *undoManager = m_pdfView ? m_pdfView->undoManager() : nullptr)
         undoManager->noteChangeWithoutStep();
     postNeedsRefresh();

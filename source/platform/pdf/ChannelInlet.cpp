@@ -12,8 +12,8 @@ namespace inkory
 namespace
 {
 
-// Well within what a socket holds unread.
-constexpr std::size_t mostPassedAtOnce = 64 << 10;
+// Well within what a socket holds unread, however small a system makes it.
+constexpr std::size_t mostPassedAtOnce = 16 << 10;
 
 } // namespace
 

@@ -1,5 +1,7 @@
 #include "platform/widgets/FindMarks.h"
 
+#include "platform/widgets/Highlight.h"
+
 #include <QPainter>
 
 #include <iterator>
@@ -11,7 +13,6 @@ namespace inkory
 namespace
 {
 
-// Pages are white in every theme. What is painted multiplies: black on them stays black.
 const QColor markColor(255, 232, 110);
 const QColor currentColor(255, 180, 80);
 const QColor currentEdgeColor(190, 80, 0);
@@ -40,15 +41,17 @@ void FindMarks::paint(QPainter &painter, int page, const QRectF &clip, const Map
     if (marks == m_marksOfPages.end())
         return;
     painter.save();
-    painter.setCompositionMode(QPainter::CompositionMode_Multiply);
     for (const std::size_t i : marks->second) {
         if (static_cast<int>(i) != m_current)
-            forEachPlace(m_marks[i], clip, toPainter, [&](const QRectF &place) { painter.fillRect(place, markColor); });
+            forEachPlace(m_marks[i], clip, toPainter,
+                         [&](const QRectF &place) { paintHighlight(painter, place, markColor); });
     }
     painter.setPen(QPen(currentEdgeColor, 1));
-    painter.setBrush(currentColor);
     if (const FindHit *current = currentOn(page))
-        forEachPlace(*current, clip, toPainter, [&](const QRectF &place) { painter.drawRect(place); });
+        forEachPlace(*current, clip, toPainter, [&](const QRectF &place) {
+            paintHighlight(painter, place, currentColor);
+            painter.drawRect(place);
+        });
     painter.restore();
 }
 

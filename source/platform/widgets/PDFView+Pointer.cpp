@@ -163,6 +163,17 @@ void PDFView::mouseReleaseEvent(QMouseEvent *event)
         follow(*link);
 }
 
+void PDFView::keyPressEvent(QKeyEvent *event)
+{
+    if (!m_reading->press || event->key() != Qt::Key_Escape) {
+        ScrolledPages::keyPressEvent(event);
+        return;
+    }
+    endPress();
+    clearTextSelection();
+    event->accept();
+}
+
 void PDFView::endPress()
 {
     m_reading->press.reset();

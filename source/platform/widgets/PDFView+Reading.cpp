@@ -2,6 +2,8 @@
 
 #include "platform/widgets/PDFView+Reading.h"
 
+#include "platform/widgets/Highlight.h"
+
 #include <QPainter>
 
 #include <algorithm>
@@ -22,7 +24,7 @@ constexpr int pagesKeptAround = 4;
 // How far a mark reaches beyond the view so that its edge is not seen there.
 constexpr int edgeOfMark = 4;
 
-// To be multiplied with: pages are white in every theme, and what is on them is to stay readable.
+// Light, as pages are white in every theme, and what is on them is to stay readable.
 QColor selectionColor(const QPalette &palette)
 {
     constexpr int lightness = 205; // of 255
@@ -113,17 +115,16 @@ void PDFView::paintReading(QPainter &painter, int pageIndex)
     const QRectF nearView(viewport()->rect().adjusted(-edgeOfMark, -edgeOfMark, edgeOfMark, edgeOfMark));
     const QRectF clip = pageRectInWidget(pageIndex) & nearView;
     m_reading->marks.paint(painter, page.sourceIndex(), clip, inWidget);
-    QRegion selected;
+    const QRegion current = m_reading->marks.currentRegion(page.sourceIndex(), clip, inWidget);
+    painter.save();
+    if (!current.isEmpty())
+        painter.setClipRegion(QRegion(clip.toAlignedRect()) - current, Qt::IntersectClip);
+    // One by one: as a region, many scattered places would take time by their square.
     for (const QRectF &area : m_reading->selecting.areasOn(page.sourceIndex())) {
         const QRectF place = inWidget(area) & clip;
         if (!place.isEmpty())
-            selected += onPixels(place);
+            paintHighlight(painter, onPixels(place), selectionColor(palette()));
     }
-    selected -= m_reading->marks.currentRegion(page.sourceIndex(), clip, inWidget);
-    painter.save();
-    painter.setCompositionMode(QPainter::CompositionMode_Multiply);
-    for (const QRect &part : selected)
-        painter.fillRect(part, selectionColor(palette()));
     painter.restore();
 }
 

@@ -268,6 +268,10 @@ bool PDFView::event(QEvent *event)
 {
     if (event->type() == QEvent::Show || event->type() == QEvent::ParentChange)
         watchWindow();
+    const bool isTakenAway = event->type() == QEvent::WindowDeactivate || event->type() == QEvent::WindowBlocked ||
+                             event->type() == QEvent::Hide;
+    if (isTakenAway)
+        endPress(); // its release may go elsewhere, and the pages would scroll on
     return ScrolledPages::event(event);
 }
 

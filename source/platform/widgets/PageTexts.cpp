@@ -6,6 +6,14 @@
 namespace inkory
 {
 
+namespace
+{
+
+// A page that takes all the time that it may, or its helper, does so again with each try.
+constexpr int mostRetries = 3;
+
+} // namespace
+
 PageTexts::PageTexts(Source source, QObject *parent) : QObject(parent), m_source(std::move(source)) {}
 
 PageTexts::~PageTexts()
@@ -94,6 +102,8 @@ void PageTexts::forgetFailed(int page)
     if (found == m_pages.end())
         return;
     Page &kept = found->second;
+    if ((!kept.hasTextFailed && !kept.haveLinksFailed) || kept.retries++ >= mostRetries)
+        return;
     if (std::exchange(kept.hasTextFailed, false)) {
         kept.geometry.reset();
         kept.text.reset();

@@ -39,7 +39,7 @@ public:
     /// not forgotten.
     void forgetAllBut(const std::set<int> &near, const std::vector<int> &textsOnly);
 
-    /// Forgets what could not be read of the page: the next fetch() tries again.
+    /// Forgets what could not be read of the page, a few times: the next fetch() tries again.
     void forgetFailed(int page);
 
     /// Whether all the text that the page has is known.
@@ -70,6 +70,7 @@ private:
         bool isWhole = false; // the text
         bool haveLinksFailed = false;
         bool hasTextFailed = false;
+        int retries = 0;
         Request textRequest;
         Request linksRequest;
     };

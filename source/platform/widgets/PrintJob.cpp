@@ -48,7 +48,7 @@ public:
         m_printerPatience->setObjectName(QStringLiteral("printerPatience"));
         m_printerPatience->setSingleShot(true);
         m_printerPatience->setInterval(printerPatienceMilliseconds);
-        connect(m_printerPatience, &QTimer::timeout, this, &PrintJob::endForSilentPrinter);
+        connect(m_printerPatience, &QTimer::timeout, m_progress, &PrintProgress::showSilence);
     }
 
     ~PrintJob() override
@@ -142,12 +142,6 @@ private:
         endForPrinter(tr("The print system refused them: %1 Check that the printer is switched on and connected, then "
                          "print again.")
                           .arg(answer.isEmpty() ? tr("it did not say why.") : answer));
-    }
-
-    void endForSilentPrinter()
-    {
-        endForPrinter(tr("The print system does not answer. Check that the printer is switched on and connected, and "
-                         "whether the pages wait in its queue already, then print again."));
     }
 
     void endForPrinter(const QString &reason)

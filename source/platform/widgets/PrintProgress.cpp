@@ -46,6 +46,11 @@ void PrintProgress::showSending()
     m_bar->setRange(0, 0);
 }
 
+void PrintProgress::showSilence()
+{
+    m_label->setText(tr("The print system has not answered yet. You can wait, or cancel and check the printer."));
+}
+
 void PrintProgress::reject()
 {
     Q_EMIT cancelled();

@@ -22,6 +22,8 @@ public:
     void showSheet(int sheet, int sheetCount, int page);
     /// All pages are on their way to the printer.
     void showSending();
+    /// The printer has not said that it has them. It may be slow, or never answer: the person decides.
+    void showSilence();
 
 Q_SIGNALS:
     void cancelled();

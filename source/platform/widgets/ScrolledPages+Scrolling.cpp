@@ -180,14 +180,15 @@ void ScrolledPages::goToPage(int index)
     choosePage(index); // also where there is nothing to scroll
 }
 
-// Whether the page covers the middle of the view's height, or is seen as a whole.
+// Whether the page covers the middle of the view's height, or lies within that height as a whole.
 bool ScrolledPages::isLookedAt(int index) const
 {
     if (index < 0 || index >= m_layout.pageCount())
         return false;
     const QRectF page = pageRectInWidget(index);
     const double middle = viewport()->height() / 2.0;
-    return (page.top() <= middle && page.bottom() >= middle) || QRectF(viewport()->rect()).contains(page);
+    return (page.top() <= middle && page.bottom() >= middle) ||
+           (page.top() >= 0 && page.bottom() <= viewport()->height());
 }
 
 void ScrolledPages::choosePage(int index)

@@ -137,6 +137,7 @@ void TextSelecting::selectPage(int page)
 void TextSelecting::clear()
 {
     m_drag.reset();
+    m_copies = false;
     set(std::nullopt);
 }
 

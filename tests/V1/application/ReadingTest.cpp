@@ -111,6 +111,7 @@ TEST_F(ReadingTest, BeginsAtTheSelectionAndGoesOnFromTheLastHitAfterEscape)
     // "Second word, last word": the last word begins 149 points behind the line's beginning.
     EXPECT_TRUE(QTest::qWaitFor([&] {
         QTest::mouseDClick(view.viewport(), Qt::LeftButton, {}, inPages({72 + 165, 705}));
+        QTest::mouseRelease(view.viewport(), Qt::LeftButton, {}, inPages({72 + 165, 705}));
         return view.selectedText() == QLatin1String("word");
     }));
     press(Qt::Key_F, Qt::ControlModifier);

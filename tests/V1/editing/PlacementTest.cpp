@@ -82,6 +82,19 @@ TEST_F(EditingFixture, ADocumentThatCannotBeSavedTakesNoStamps)
     EXPECT_TRUE(view->stampViews().empty());
 }
 
+TEST_F(EditingFixture, ChoosingOneOfTwoThatStandApartIsNoChange)
+{
+    open(threePages());
+    useImageTool();
+    click(windowPoint(0, {300, 700}));
+    click(windowPoint(0, {300, 640}));
+    view->setCurrentToolType(ToolTypeSelect);
+    undoManager.markClean();
+    click(windowPoint(0, {300, 700}));
+    EXPECT_EQ(page(0).stamps().back(), view->stampViews()[0]);
+    EXPECT_FALSE(undoManager.isEdited());
+}
+
 TEST_F(EditingFixture, SelectingBringsToTheFrontAndEmptySpaceDeselects)
 {
     open(threePages());

@@ -324,15 +324,18 @@ TEST_F(PrintingToPrinter, APrintSystemThatHangsHoldsNobodyUp)
     ASSERT_TRUE(patience && patience->isActive());
     EXPECT_EQ(patience->interval(), 30'000);
     patience->start(0);
+    auto *progress = window.findChild<QDialog *>();
+    ASSERT_TRUE(QTest::qWaitFor(
+        [&] { return progress->findChild<QLabel *>()->text().contains(QStringLiteral("You can wait, or cancel")); },
+        5000));
+    progress->reject();
     ASSERT_TRUE(ends(*view));
-    ASSERT_EQ(alerts.size(), 1);
-    EXPECT_TRUE(alerts[0].contains(QStringLiteral("“office”.|The print system does not answer. Check")));
     auto other = std::make_unique<KRPDFView>();
     other->show();
     other->setDocument(&document);
     ASSERT_TRUE(comesToSending(*other));
     other.reset();
-    EXPECT_EQ(alerts.size(), 1) << "nothing of it is left to be told";
+    EXPECT_TRUE(alerts.isEmpty()) << "nothing of it is left to be told";
 }
 
 TEST_F(PrintingToPrinter, ItGetsTheFinishedPagesAndItsRefusalIsShown)

@@ -153,6 +153,27 @@ TEST_F(Reading, ADragBeyondTheEdgeScrollsAndSelectsOn)
     EXPECT_TRUE(QTest::qWaitFor([&] { return view.selectedText().contains(QStringLiteral("Middle page\n")); }, 10000));
 }
 
+TEST_F(Reading, EscapeOrTheLossOfTheWindowEndsADrag)
+{
+    ASSERT_TRUE(isRead());
+    for (const QEvent::Type end : {QEvent::KeyPress, QEvent::WindowBlocked}) {
+        press(at(72 + 39, 705));
+        move(at(72 + 59, 675));
+        ASSERT_TRUE(view.hasTextSelection());
+        if (end == QEvent::KeyPress) {
+            QTest::keyClick(&view, Qt::Key_Escape);
+        } else {
+            QEvent event(end);
+            QApplication::sendEvent(&view, &event);
+        }
+        const QString selected = view.selectedText();
+        EXPECT_EQ(selected.isEmpty(), end == QEvent::KeyPress);
+        move(at(72 + 20, 675));
+        EXPECT_EQ(view.selectedText(), selected);
+        release(at(72 + 20, 675));
+    }
+}
+
 TEST_F(Reading, TheSelectionIsPaintedWithThePageTurned)
 {
     ASSERT_TRUE(isRead());
@@ -240,10 +261,13 @@ TEST_F(Reading, InkStaysDarkBelowMarksAndTheCurrentOneIsNotSelectedToo)
     ASSERT_LT(ink, 60);
     view.selectAllText();
     EXPECT_TRUE(view.selectedPlace());
-    EXPECT_LE(pixel(stem).value(), ink);
+    const auto isDarkButSeen = [&] {
+        return std::clamp(pixel(stem).value() - ink, 25, 50) == pixel(stem).value() - ink;
+    };
+    EXPECT_TRUE(isDarkButSeen()) << "on a dark page there is nothing else to see";
     const QColor selected = pixel(at(72 + 37, 705)); // the space between the words
     view.setFindMarks({{0, {QRectF(72, 76, 39, 20)}}}, 0);
-    EXPECT_LE(pixel(stem).value(), ink);
+    EXPECT_TRUE(isDarkButSeen());
     EXPECT_EQ(pixel(at(72 + 37, 705)), QColor(255, 180, 80));
     EXPECT_EQ(pixel(at(72 + 70, 705)), selected);
 }
