@@ -214,6 +214,19 @@ void newPages(const QTemporaryDir &folder)
     reportRatio(QStringLiteral("two new pages on screen (floor: engine, one by one)"), two, 1.3);
 }
 
+class PaintCounter : public QObject
+{
+public:
+    int count = 0;
+
+protected:
+    bool eventFilter(QObject *, QEvent *event) override
+    {
+        count += event->type() == QEvent::Paint ? 1 : 0;
+        return false;
+    }
+};
+
 // With images of their own, as fifty people sign.
 void dragging(const QString &file)
 {
@@ -235,11 +248,15 @@ void dragging(const QString &file)
         const PagePoint center = stamp->frame().center();
         stamp->setFrame({center.x - 50, center.y - 20, 100, 40});
     }
-    const auto send = [&view](QEvent::Type type, const QPointF &at) {
+    PaintCounter frames;
+    view.viewport()->installEventFilter(&frames);
+    const auto send = [&](QEvent::Type type, const QPointF &at) {
         const Qt::MouseButton button = type == QEvent::MouseMove ? Qt::NoButton : Qt::LeftButton;
         QMouseEvent event(type, at, view.viewport()->mapToGlobal(at), button, Qt::LeftButton, Qt::NoModifier);
         QApplication::sendEvent(view.viewport(), &event);
-        QCoreApplication::processEvents(); // the frame
+        const int before = frames.count;
+        if (type == QEvent::MouseMove)
+            runUntil([&] { return frames.count > before; });
     };
     view.setCurrentToolType(ToolTypeSelect);
     const ViewRect shownStamp = view.convertRectFromPage(view.stampViews().front()->frame(), page);
