@@ -141,7 +141,7 @@ void TouchInput::moveOne(const Fingers &fingers, const QTouchEvent &event)
 
 QPointF TouchInput::placeOfLifted(const QTouchEvent &event) const
 {
-    const auto points = event.points();
+    const auto &points = event.points();
     const auto found =
         std::find_if(points.begin(), points.end(), [this](const QEventPoint &point) { return point.id() == m_finger; });
     return found != points.end() ? found->position() : m_last;
