@@ -32,7 +32,7 @@ private:
     enum class Mode { None, Scroll, Drag, Pinch };
     struct Finger
     {
-        int id;
+        int id = -1;
         QPointF at;
     };
     using Fingers = std::vector<Finger>; // that are down
