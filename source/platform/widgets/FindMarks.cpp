@@ -47,11 +47,12 @@ void FindMarks::paint(QPainter &painter, int page, const QRectF &clip, const Map
                          [&](const QRectF &place) { paintHighlight(painter, place, markColor); });
     }
     painter.setPen(QPen(currentEdgeColor, 1));
-    if (const FindHit *current = currentOn(page))
+    if (const FindHit *current = currentOn(page)) {
         forEachPlace(*current, clip, toPainter, [&](const QRectF &place) {
             paintHighlight(painter, place, currentColor);
             painter.drawRect(place);
         });
+    }
     painter.restore();
 }
 
