@@ -295,8 +295,12 @@ Result<QByteArray> recentListWithDocument(const QByteArray &bytes, const QUrl &u
         entries.removeIf([&url](const RecentEntry &entry) { return entry.url == url; });
         return entries;
     };
+    const auto isRegistered = [&url](const RecentEntry &entry) {
+        return entry.url == url && entry.isOwn && entry.mimeType == pdfType;
+    };
     return verified(*changed, [&](const QList<RecentEntry> &entries) {
-        return withoutDocument(entries) == withoutDocument(readRecentEntries(bytes));
+        return std::any_of(entries.begin(), entries.end(), isRegistered) &&
+               withoutDocument(entries) == withoutDocument(readRecentEntries(bytes));
     });
 }
 

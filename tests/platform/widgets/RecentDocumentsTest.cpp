@@ -123,7 +123,8 @@ TEST_F(RecentDocumentsTest, AddsWhatAnEntryLacksAndLeavesAloneWhatItCannotKeep)
     const QByteArray nested = listXml({QStringLiteral("<bookmark href=\"x\"><bookmark href=\"y\"/></bookmark>")});
     QByteArray unwritable = "<xbel xmlns:_=\"http://www.freedesktop.org/standards/desktop-bookmarks\"></xbel>";
     unwritable.replace('_', '\0'); // a name to the reader, but not where it is used
-    for (const QByteArray &odd : {nested, unwritable}) {
+    const QByteArray shadowed = listXml({QStringLiteral("<bookmark href=\"%1\" xmlns:mime=\"x\"/>").arg(address)});
+    for (const QByteArray &odd : {nested, unwritable, shadowed}) {
         writeList(odd);
         recent.add(url, at(2));
         EXPECT_EQ(list(), odd);
