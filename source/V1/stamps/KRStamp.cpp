@@ -8,7 +8,6 @@
 #include <QPainter>
 
 #include <algorithm>
-#include <iterator>
 
 using namespace inkory;
 
@@ -62,9 +61,9 @@ void KRStamp::moveToTop(KRPDFPage &page)
         return;
     const auto self = shared_from_this();
     const auto &stamps = page.stamps();
-    const auto above = std::next(std::find(stamps.begin(), stamps.end(), self));
     const bool isSeen =
-        std::any_of(above, stamps.end(), [this](const auto &stamp) { return overlap(m_frame, stamp->frame()); });
+        std::any_of(std::find(stamps.begin(), stamps.end(), self), stamps.end(),
+                    [&](const auto &stamp) { return stamp != self && overlap(m_frame, stamp->frame()); });
     page.removeStamp(this);
     page.addStamp(self);
     if (!isSeen)

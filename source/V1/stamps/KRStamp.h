@@ -23,7 +23,7 @@ enum StampMode : std::int32_t {
     StampModeNone = 0,     ///< New, before the view first sets a mode.
     StampModeNormal = 1,   ///< Placed, not selected.
     StampModeSelected = 2, ///< The view's selected stamp. Entering this mode puts the stamp on top of its page; where
-                           ///< that changes the order, it is a change without an undo step.
+                           ///< another one lay over it, that is a change without an undo step.
     StampModeDragging = 3, ///< Being moved or resized with the pointer.
     StampModeEditing = 4,  ///< A text stamp whose text is being edited in place.
 };

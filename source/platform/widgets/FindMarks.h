@@ -24,8 +24,8 @@ public:
     /// `current` is the index of the mark that stands out; any other number for none.
     FindMarks(std::vector<FindHit> marks, int current);
 
-    /// Paints the marks of one page, as far as they lie in the clip, so that what is below them stays as dark as it is.
-    /// Pages are counted in the file's own order.
+    /// Paints the marks of one page, as far as they lie in the clip; see paintHighlight(). Pages are counted in the
+    /// file's own order.
     void paint(QPainter &painter, int page, const QRectF &clip, const Mapping &toPainter) const;
     /// Where the mark that stands out is painted.
     QRegion currentRegion(int page, const QRectF &clip, const Mapping &toPainter) const;
