@@ -1,5 +1,8 @@
 #include "platform/pdf/DrawingContext.h"
 
+#include <QPainter>
+#include <QTextLayout>
+
 namespace inkory
 {
 
@@ -23,6 +26,11 @@ DrawingContext::Scope::~Scope()
 DrawingContext *DrawingContext::current()
 {
     return currentContext;
+}
+
+void DrawingContext::drawTextLine(const QTextLayout &layout, int lineIndex, const QPointF &position)
+{
+    layout.lineAt(lineIndex).draw(&painter(), position);
 }
 
 } // namespace inkory

@@ -7,6 +7,8 @@
 #include <QTransform>
 
 class QPainter;
+class QPointF;
+class QTextLayout;
 
 namespace inkory
 {
@@ -49,6 +51,11 @@ public:
     /// Draws the whole image into the rectangle of the painter's present coordinates, which run y upward, with the
     /// opacity (0 to 1).
     virtual void drawImage(const QRectF &rect, const ImagePtr &image, double opacity) = 0;
+
+    /// Draws line `lineIndex` of a laid-out text, with what its formats put behind it, in the painter's present
+    /// coordinates, which run y downward; `position` is where the layout's own origin stands. The painter's pen colours
+    /// what has no colour of its own.
+    virtual void drawTextLine(const QTextLayout &layout, int lineIndex, const QPointF &position);
 };
 
 } // namespace inkory
