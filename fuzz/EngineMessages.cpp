@@ -233,6 +233,22 @@ void check(const Survey &survey)
         fuzz::require(std::isfinite(size.width()) && std::isfinite(size.height()), "sizes are finite");
 }
 
+void check(const OverlayPiece &piece)
+{
+    fuzz::require(piece.overlayPage >= 0, "pages count from 0");
+    fuzz::require(piece.text.isValidUtf16() && piece.text.size() <= OverlayPiece::mostCharacters, "texts are texts");
+    const QTransform &t = piece.lineToPage;
+    fuzz::require(t.isAffine() && std::isfinite(t.determinant()) && std::isfinite(t.dx()) && std::isfinite(t.dy()),
+                  "lines stand somewhere");
+    fuzz::require(piece.slots.empty() || (std::isfinite(piece.slotSize) && piece.slotSize > 0),
+                  "characters have a size");
+    for (const TextSlot &slot : piece.slots) {
+        fuzz::require(slot.character <= QChar::LastValidCodePoint && !QChar::isSurrogate(slot.character),
+                      "characters are characters");
+        fuzz::require(std::isfinite(slot.x) && std::isfinite(slot.width) && slot.width >= 0, "characters have a place");
+    }
+}
+
 void check(const WriteMessage &write)
 {
     check(write.document);
@@ -240,11 +256,13 @@ void check(const WriteMessage &write)
     checkDescriptor(write.outputDescriptor);
     fuzz::require(write.pages.size() <= maxPageCount, "there are no more pages than are opened");
     for (const WritePage &page : write.pages) {
-        fuzz::require(page.sourcePage >= 0 && page.overlayPage >= -1, "pages count from 0");
+        fuzz::require(page.sourcePage >= 0, "pages count from 0");
         fuzz::require(page.rotation >= 0 && page.rotation < 360 && page.rotation % 90 == 0,
                       "a rotation is one of four");
         fuzz::require(std::isfinite(page.overlayOrigin.x) && std::isfinite(page.overlayOrigin.y),
                       "coordinates are finite");
+        for (const OverlayPiece &piece : page.pieces)
+            check(piece);
     }
     fuzz::require(write.overlaysSize >= 0 && write.overlaysSize <= write.payload.size, "overlays lie in the payload");
     for (const WriteMessage::ImagePart &part : write.images) {
@@ -387,8 +405,9 @@ template <class T> void checkReading(sd_bus_message *message, std::optional<T> (
 
 std::string signatureFrom(FuzzedDataProvider &data)
 {
-    constexpr std::array known{"hx", "hxay",    "hxayb", "ibidd", "uiidiiiihx", "ibadad", "hxayaiadhxxaxh", "ix",
-                               "b",  "iiiiddx", "ui",    "u",     "uiiaq",      "aqad",   "adaiaq",         "iaiad"};
+    constexpr std::array known{"hx",     "hxay", "hxayb",   "ibidd", "uiidiiiihx", "ibadad", "aiaiadaiaqaiadhxxaxhhxay",
+                               "ix",     "b",    "iiiiddx", "ui",    "u",          "uiiaq",  "aqad",
+                               "adaiaq", "iaiad"};
     constexpr std::array types{'y', 'b', 'n', 'q', 'i', 'u', 'x', 't', 'd', 's', 'o', 'g', 'h'};
     if (!data.ConsumeBool())
         return data.PickValueInArray(known);

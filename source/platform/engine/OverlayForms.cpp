@@ -1,9 +1,11 @@
 #include "platform/engine/OverlayForms.h"
 
 #include "platform/engine/ContentBalance.h"
+#include "platform/engine/FontSubsets.h"
 #include "platform/engine/ImageStream.h"
 #include "platform/engine/PageTree.h"
 #include "platform/engine/QpdfStructure.h"
+#include "platform/engine/TextPieces.h"
 
 #include <map>
 #include <set>
@@ -41,26 +43,24 @@ int markedImage(QPDFObjectHandle object)
     return pixel->getSize() == 3 ? bytes[0] << 16 | bytes[1] << 8 | bytes[2] : noMarker;
 }
 
-// What the content uses of the resources: QPdfWriter lists colour spaces, states and patterns whether they are used or
-// not. A dictionary of its own, in which dictionaries of each kind may be changed.
-QPDFObjectHandle usedResources(QPDFObjectHandle resources, const std::set<std::string> &names)
+// Adds what is named. QPdfWriter lists colour spaces, states and patterns whether they are used or not; it gives names
+// that mean the same on all pages of its file. The result's dictionaries are its own, so that they may be changed.
+void addUsedResources(QPDFObjectHandle result, QPDFObjectHandle resources, const std::set<std::string> &names)
 {
-    QPDFObjectHandle result = QPDFObjectHandle::newDictionary();
     if (!resources.isDictionary())
-        return result;
+        return;
     for (const std::string &kind : resources.getKeys()) {
         QPDFObjectHandle all = resources.getKey(kind);
         if (!all.isDictionary())
             continue;
-        QPDFObjectHandle used = QPDFObjectHandle::newDictionary();
         for (const std::string &name : all.getKeys()) {
-            if (names.contains(name))
-                used.replaceKey(name, all.getKey(name));
+            if (!names.contains(name))
+                continue;
+            if (!result.hasKey(kind))
+                result.replaceKey(kind, QPDFObjectHandle::newDictionary());
+            result.getKey(kind).replaceKey(name, all.getKey(name));
         }
-        if (!used.getKeys().empty())
-            result.replaceKey(kind, used);
     }
-    return result;
 }
 
 } // namespace
@@ -71,20 +71,20 @@ struct OverlayForms::Parts
     std::vector<ImagePtr> images;
     QpdfFile overlay;
     std::vector<QpdfPage> pages;
-    std::map<int, QPDFObjectHandle> forms;
     std::map<int, QPDFObjectHandle> imageObjects;
 
-    QPDFObjectHandle makeForm(const QpdfPage &page);
+    const QpdfPage &pageOf(const OverlayPiece &piece) const;
     QPDFObjectHandle importResources(QPDFObjectHandle resources);
     QPDFObjectHandle imageObject(int index);
 };
 
 OverlayForms::OverlayForms(QPDF &document, const QByteArray &overlays, std::vector<ImagePtr> images)
-    : m_parts(new Parts{document, std::move(images), {}, {}, {}, {}})
+    : m_parts(new Parts{document, std::move(images), {}, {}, {}})
 {
     if (overlays.isEmpty())
         return;
     m_parts->overlay = openWithQpdf(overlays, {});
+    finishFontSubsets(*m_parts->overlay.document);
     m_parts->pages = readPages(*m_parts->overlay.document);
 }
 
@@ -95,32 +95,34 @@ int OverlayForms::pageCount() const
     return static_cast<int>(m_parts->pages.size());
 }
 
-QPDFObjectHandle OverlayForms::form(int overlayPage)
+QPDFObjectHandle OverlayForms::makeForm(const std::vector<OverlayPiece> &pieces)
 {
-    auto known = m_parts->forms.find(overlayPage);
-    if (known == m_parts->forms.end()) {
-        const QpdfPage &page = m_parts->pages.at(static_cast<std::size_t>(overlayPage));
-        known = m_parts->forms.emplace(overlayPage, m_parts->makeForm(page)).first;
+    const PageRect box = m_parts->pageOf(pieces.front()).geometry.mediaBox;
+    std::string bytes;
+    QPDFObjectHandle used = QPDFObjectHandle::newDictionary();
+    for (const OverlayPiece &piece : pieces) {
+        const QpdfPage &page = m_parts->pageOf(piece);
+        const DecodedContent content = decodedContent(*page.object);
+        if (!content.isComplete)
+            throw std::runtime_error("an overlay cannot be read");
+        const std::string drawing = pieceContent(piece, content.bytes, *page.resources);
+        if (!drawing.empty())
+            addUsedResources(used, *page.resources, namesInContent(drawing));
+        bytes += drawing;
     }
-    return known->second;
-}
-
-QPDFObjectHandle OverlayForms::Parts::makeForm(const QpdfPage &page)
-{
-    const DecodedContent content = decodedContent(*page.object);
-    if (!content.isComplete)
-        throw std::runtime_error("an overlay cannot be read");
-    const PageRect box = page.geometry.mediaBox;
-    QPDFObjectHandle form = document.newStream();
+    QPDFObjectHandle form = m_parts->document.newStream();
     QPDFObjectHandle dictionary = form.getDict();
     dictionary.replaceKey("/Type", QPDFObjectHandle::newName("/XObject"));
     dictionary.replaceKey("/Subtype", QPDFObjectHandle::newName("/Form"));
     dictionary.replaceKey("/BBox", QPDFObjectHandle::newFromRectangle({box.x, box.y, box.maxX(), box.maxY()}));
-    const QPDFObjectHandle used = usedResources(*page.resources, namesInContent(content.bytes));
-    dictionary.replaceKey("/Resources", importResources(used));
-    form.replaceStreamData(deflated(content.bytes), QPDFObjectHandle::newName("/FlateDecode"),
-                           QPDFObjectHandle::newNull());
+    dictionary.replaceKey("/Resources", m_parts->importResources(used));
+    form.replaceStreamData(deflated(bytes), QPDFObjectHandle::newName("/FlateDecode"), QPDFObjectHandle::newNull());
     return form;
+}
+
+const QpdfPage &OverlayForms::Parts::pageOf(const OverlayPiece &piece) const
+{
+    return pages.at(static_cast<std::size_t>(piece.overlayPage));
 }
 
 QPDFObjectHandle OverlayForms::Parts::importResources(QPDFObjectHandle resources)

@@ -13,6 +13,8 @@ class QPDFObjectHandle;
 namespace inkory
 {
 
+struct OverlayPiece;
+
 /// Brings the pages of an overlay file (see WriteRequest::overlays) into a document as form XObjects, with the real
 /// images in place of their markers. Has to live until the document is written, which reads from the overlay file.
 class OverlayForms
@@ -24,8 +26,9 @@ public:
 
     int pageCount() const;
 
-    /// The form for the overlay page, the same one each time; its space is the overlay page's.
-    QPDFObjectHandle form(int overlayPage);
+    /// One form for all pieces, at least one, that lie over a page; its space is that of the first piece's overlay
+    /// page. The overlay pages exist.
+    QPDFObjectHandle makeForm(const std::vector<OverlayPiece> &pieces);
 
 private:
     struct Parts;

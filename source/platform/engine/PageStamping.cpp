@@ -3,8 +3,7 @@
 #include "platform/engine/ContentBalance.h"
 #include "platform/engine/ImageStream.h"
 #include "platform/engine/PageTree.h"
-
-#include <QByteArray>
+#include "platform/engine/TextPieces.h"
 
 #include <algorithm>
 #include <string>
@@ -30,11 +29,6 @@ std::string repeated(const char *text, int count)
     return result;
 }
 
-std::string number(double value)
-{
-    return QByteArray::number(value, 'f', 4).toStdString();
-}
-
 // Readers for the blind skip what is marked so, which tagged documents ask for.
 bool isTagged(QPDF &document)
 {
@@ -45,7 +39,8 @@ bool isTagged(QPDF &document)
 
 std::string drawing(QPDF &document, const std::string &name, PagePoint origin)
 {
-    const std::string draw = "q 1 0 0 1 " + number(origin.x) + ' ' + number(origin.y) + " cm " + name + " Do Q\n";
+    const std::string draw =
+        "q 1 0 0 1 " + contentNumber(origin.x) + ' ' + contentNumber(origin.y) + " cm " + name + " Do Q\n";
     return isTagged(document) ? "/Artifact BMC\n" + draw + "EMC\n" : draw;
 }
 

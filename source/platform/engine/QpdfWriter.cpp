@@ -6,6 +6,7 @@
 #include "platform/engine/PageTree.h"
 #include "platform/engine/QpdfStructure.h"
 
+#include <algorithm>
 #include <exception>
 
 #include <qpdf/QPDF.hh>
@@ -19,10 +20,14 @@ namespace
 
 bool isComplete(const WriteRequest &request, std::size_t pageCount, int overlayCount)
 {
+    const auto isThere = [overlayCount](const OverlayPiece &piece) {
+        return piece.overlayPage >= 0 && piece.overlayPage < overlayCount;
+    };
     std::vector<bool> seen(pageCount, false);
     for (const WritePage &page : request.pages) {
         const auto source = static_cast<std::size_t>(page.sourcePage);
-        if (page.sourcePage < 0 || source >= pageCount || seen[source] || page.overlayPage >= overlayCount)
+        if (page.sourcePage < 0 || source >= pageCount || seen[source] ||
+            !std::all_of(page.pieces.begin(), page.pieces.end(), isThere))
             return false;
         seen[source] = true;
     }
@@ -41,8 +46,8 @@ void applyRequest(QPDF &document, const WriteRequest &request, const std::vector
         if (normalizedRotation(written.rotation) != page.geometry.rotation) {
             page.object->replaceKey("/Rotate", QPDFObjectHandle::newInteger(normalizedRotation(written.rotation)));
         }
-        if (written.overlayPage >= 0)
-            stampPage(document, page, forms.form(written.overlayPage), written.overlayOrigin);
+        if (!written.pieces.empty())
+            stampPage(document, page, forms.makeForm(written.pieces), written.overlayOrigin);
     }
     if (isReordered)
         setPages(document, order);

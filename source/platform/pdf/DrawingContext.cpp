@@ -1,6 +1,7 @@
 #include "platform/pdf/DrawingContext.h"
 
 #include <QPainter>
+#include <QTextBlock>
 #include <QTextLayout>
 
 namespace inkory
@@ -28,9 +29,9 @@ DrawingContext *DrawingContext::current()
     return currentContext;
 }
 
-void DrawingContext::drawTextLine(const QTextLayout &layout, int lineIndex, const QPointF &position)
+void DrawingContext::drawTextLine(const QTextBlock &block, int lineIndex, const QPointF &position)
 {
-    layout.lineAt(lineIndex).draw(&painter(), position);
+    block.layout()->lineAt(lineIndex).draw(&painter(), position);
 }
 
 } // namespace inkory

@@ -8,7 +8,7 @@
 
 class QPainter;
 class QPointF;
-class QTextLayout;
+class QTextBlock;
 
 namespace inkory
 {
@@ -52,10 +52,10 @@ public:
     /// opacity (0 to 1).
     virtual void drawImage(const QRectF &rect, const ImagePtr &image, double opacity) = 0;
 
-    /// Draws line `lineIndex` of a laid-out text, with what its formats put behind it, in the painter's present
-    /// coordinates, which run y downward; `position` is where the layout's own origin stands. The painter's pen colours
-    /// what has no colour of its own.
-    virtual void drawTextLine(const QTextLayout &layout, int lineIndex, const QPointF &position);
+    /// Draws line `lineIndex` of a block that is laid out, with what its formats put behind it, in the painter's
+    /// present coordinates, which run y downward; `position` is where the origin of the block's layout stands. The
+    /// painter's pen colours what has no colour of its own. It is a block because its layout would not tell its text.
+    virtual void drawTextLine(const QTextBlock &block, int lineIndex, const QPointF &position);
 };
 
 } // namespace inkory

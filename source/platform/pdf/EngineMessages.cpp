@@ -2,6 +2,7 @@
 
 #include "platform/core/SharedMemory.h"
 #include "platform/pdf/BusValues.h"
+#include "platform/pdf/OverlayMessages.h"
 
 #include <algorithm>
 #include <cmath>
@@ -108,20 +109,35 @@ std::optional<DocumentMessage> readDocumentPart(sd_bus_message *message)
     return document;
 }
 
-std::optional<std::vector<WritePage>> writePagesFrom(std::span<const qint32> whole, std::span<const double> origins)
+// Without what lies over them. Negative counts of pieces are refused here.
+std::optional<std::vector<WritePage>> writePagesFrom(std::span<const qint32> whole, std::span<const qint32> pieceCounts,
+                                                     std::span<const double> origins)
 {
-    if (whole.size() % 3 != 0 || origins.size() % 2 != 0 || whole.size() / 3 != origins.size() / 2 ||
-        whole.size() / 3 > maxPageCount)
+    const std::size_t count = pieceCounts.size();
+    if (whole.size() != 2 * count || origins.size() != 2 * count || count > maxPageCount ||
+        std::any_of(pieceCounts.begin(), pieceCounts.end(), [](qint32 pieces) { return pieces < 0; }))
         return std::nullopt;
     std::vector<WritePage> pages;
-    for (std::size_t i = 0; i < whole.size() / 3; ++i) {
-        const WritePage page{whole[3 * i], whole[3 * i + 1], whole[3 * i + 2],
-                             PagePoint{origins[2 * i], origins[2 * i + 1]}};
-        if (page.sourcePage < 0 || normalizedRotation(page.rotation) != page.rotation || page.overlayPage < -1 ||
+    for (std::size_t i = 0; i < count; ++i) {
+        WritePage page{whole[2 * i], whole[2 * i + 1], {}, PagePoint{origins[2 * i], origins[2 * i + 1]}};
+        if (page.sourcePage < 0 || normalizedRotation(page.rotation) != page.rotation ||
             !isWithin(page.overlayOrigin.x, farthest) || !isWithin(page.overlayOrigin.y, farthest))
             return std::nullopt;
-        pages.push_back(page);
+        pages.push_back(std::move(page));
     }
+    return pages;
+}
+
+std::optional<std::vector<WritePage>> readWritePages(sd_bus_message *message)
+{
+    std::span<const qint32> whole;
+    std::span<const qint32> pieceCounts;
+    std::span<const double> origins;
+    if (!readArray(message, 'i', whole) || !readArray(message, 'i', pieceCounts) || !readArray(message, 'd', origins))
+        return std::nullopt;
+    auto pages = writePagesFrom(whole, pieceCounts, origins);
+    if (!pages || !readPieces(message, pieceCounts, *pages))
+        return std::nullopt;
     return pages;
 }
 
@@ -317,16 +333,19 @@ std::optional<Survey> readSurvey(sd_bus_message *message)
 bool append(sd_bus_message *message, const WriteMessage &write)
 {
     std::vector<qint32> whole;
+    std::vector<qint32> pieceCounts;
     std::vector<double> origins;
     for (const WritePage &page : write.pages) {
-        whole.insert(whole.end(), {page.sourcePage, page.rotation, page.overlayPage});
+        whole.insert(whole.end(), {page.sourcePage, page.rotation});
+        pieceCounts.push_back(static_cast<qint32>(page.pieces.size()));
         origins.insert(origins.end(), {page.overlayOrigin.x, page.overlayOrigin.y});
     }
     std::vector<qint64> images;
     for (const WriteMessage::ImagePart &part : write.images)
         images.insert(images.end(),
                       {part.pixelSize.width(), part.pixelSize.height(), part.format, part.offset, part.jpegSize});
-    return appendArray(message, 'i', whole) && appendArray(message, 'd', origins) && append(message, write.payload) &&
+    return appendArray(message, 'i', whole) && appendArray(message, 'i', pieceCounts) &&
+           appendArray(message, 'd', origins) && appendPieces(message, write.pages) && append(message, write.payload) &&
            appended(sd_bus_message_append(message, "x", static_cast<int64_t>(write.overlaysSize))) &&
            appendArray(message, 'x', images) && appended(sd_bus_message_append(message, "h", write.outputDescriptor)) &&
            appendDocument(message, write.document);
@@ -334,13 +353,9 @@ bool append(sd_bus_message *message, const WriteMessage &write)
 
 std::optional<WriteMessage> readWrite(sd_bus_message *message)
 {
-    if (!isMessageOf(message, "aiadhxxaxhhxay"))
+    if (!isMessageOf(message, "aiaiadaiaqaiadhxxaxhhxay"))
         return std::nullopt;
-    std::span<const qint32> whole;
-    std::span<const double> origins;
-    if (!readArray(message, 'i', whole) || !readArray(message, 'd', origins))
-        return std::nullopt;
-    auto pages = writePagesFrom(whole, origins);
+    auto pages = readWritePages(message);
     if (!pages)
         return std::nullopt;
     WriteMessage write{{}, std::move(*pages), {}, 0, {}, -1};

@@ -9,6 +9,8 @@
 #include <QRgb>
 #include <QSize>
 #include <QSizeF>
+#include <QString>
+#include <QTransform>
 
 #include <cstdint>
 #include <vector>
@@ -101,6 +103,40 @@ struct FileStructure
     std::vector<PageGeometry> pages;
 };
 
+/// Where one character of a line of text stands, as seen from the line.
+struct TextSlot
+{
+    char32_t character = 0;
+    /// Its left edge, and how far it reaches from there: not negative.
+    double x = 0;
+    double width = 0;
+
+    bool operator==(const TextSlot &) const = default;
+};
+
+/// A part of what lies over a page: a page of the overlay file.
+struct OverlayPiece
+{
+    static constexpr int mostInDocument = 100'000;
+    /// In all pieces of a document together.
+    static constexpr qsizetype mostCharacters = 4'000'000;
+
+    /// Which page of WriteRequest::overlays it is, from 0.
+    int overlayPage = 0;
+    /// The line of text that it shows, to be read instead of its glyphs: valid UTF-16. Empty for a piece that is no
+    /// line of text.
+    QString text;
+    /// Only for lines that readers would turn round: each of the line's characters, from left to right as displayed,
+    /// in the line's own coordinates (along the line from left to right; 0 upward is the baseline).
+    std::vector<TextSlot> slots;
+    /// Size of the line's font in those coordinates: above 0 where there are slots.
+    double slotSize = 0;
+    /// From those coordinates to the overlay page, y upward from its lower left corner; affine.
+    QTransform lineToPage;
+
+    bool operator==(const OverlayPiece &) const = default;
+};
+
 /// One page of the file to be written.
 struct WritePage
 {
@@ -108,9 +144,9 @@ struct WritePage
     int sourcePage = 0;
     /// The page's rotation, 0, 90, 180 or 270 degrees.
     int rotation = 0;
-    /// Which page of WriteRequest::overlays lies over it, from 0; -1 for none.
-    int overlayPage = -1;
-    /// Where the overlay page's lower left corner stands, in page space.
+    /// What lies over it, from the lowest to the uppermost; none: nothing. All of one size.
+    std::vector<OverlayPiece> pieces;
+    /// Where the lower left corner of the pieces stands, in page space.
     PagePoint overlayOrigin;
 
     bool operator==(const WritePage &) const = default;
@@ -121,7 +157,7 @@ struct WriteRequest
 {
     /// All pages in their new order; each page of the original exactly once.
     std::vector<WritePage> pages;
-    /// A PDF file with one page per stamped page: what the stamps drew, y upward from its lower left corner, 1 unit =
+    /// A PDF file with one page for each piece: what the stamps drew, y upward from its lower left corner, 1 unit =
     /// 1/72 inch. In it, image i of `images` is a 1 x 1 picture of the colour overlayMarkerColor(i); the writer puts
     /// the real image in its place, stored once however often it is drawn. Empty when no page has an overlay.
     QByteArray overlays;

@@ -131,12 +131,13 @@ std::function<Result<QByteArray>()> PDFDocument::snapshotForWriting()
     WriteRequest request;
     OverlayRecorder recorder;
     for (const auto &page : m_pages) {
-        WritePage written{page->sourceIndex(), page->rotation(), -1, {}};
+        WritePage written{page->sourceIndex(), page->rotation(), {}, {}};
         if (pageHasOverlay(*page)) {
             const PageRect box = page->boundsForBox(DisplayBox::CropBox);
-            written.overlayPage = recorder.beginPage(*page);
             written.overlayOrigin = {box.x, box.y};
+            recorder.beginPage(*page);
             page->drawWithBox(DisplayBox::CropBox, recorder);
+            written.pieces = recorder.endPage();
         }
         request.pages.push_back(written);
     }

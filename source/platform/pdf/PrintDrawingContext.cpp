@@ -1,6 +1,11 @@
 #include "platform/pdf/PrintDrawingContext.h"
 
+#include "platform/pdf/DrawnTextLine.h"
+
+#include <QPaintEngine>
 #include <QPainter>
+#include <QTextBlock>
+#include <QTextLayout>
 
 #include <utility>
 
@@ -34,6 +39,18 @@ void PrintDrawingContext::drawImage(const QRectF &rect, const ImagePtr &image, d
     m_painter.scale(1, -1);
     m_painter.drawImage(QRectF(QPointF(0, 0), rect.size()), image->pixels());
     m_painter.restore();
+}
+
+void PrintDrawingContext::drawTextLine(const QTextBlock &block, int lineIndex, const QPointF &position)
+{
+    DrawnTextLine line(block.layout()->lineAt(lineIndex), position);
+    const bool isFile = m_painter.paintEngine()->type() == QPaintEngine::Pdf; // not a band of gray pixels
+    if (!isFile || !line.hasImageGlyphs()) {
+        DrawingContext::drawTextLine(block, lineIndex, position);
+        return;
+    }
+    line.drawText(m_painter);
+    line.drawImages(*this);
 }
 
 } // namespace inkory

@@ -21,6 +21,8 @@ public:
     QTransform transformForBox(const PDFPage &page, DisplayBox box) const override;
     void drawContent(const PDFPage &page, DisplayBox box) override;
     void drawImage(const QRectF &rect, const ImagePtr &image, double opacity) override;
+    /// With images for what a file cannot keep as text.
+    void drawTextLine(const QTextBlock &block, int lineIndex, const QPointF &position) override;
 
 private:
     QPainter &m_painter;

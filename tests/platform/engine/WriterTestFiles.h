@@ -10,6 +10,8 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+
 namespace inkory::test
 {
 
@@ -38,15 +40,17 @@ inline Change drawingChange(const QByteArray &file, const std::vector<DrawnImage
     for (const PageGeometry &geometry : readStructure(file, password).pages) {
         const int index = static_cast<int>(change.request.pages.size());
         const PDFPage page(geometry, index);
-        WritePage written{index, geometry.rotation, -1, {geometry.cropBox.x, geometry.cropBox.y}};
+        WritePage written{index, geometry.rotation, {}, {geometry.cropBox.x, geometry.cropBox.y}};
+        const auto isHere = [index](const DrawnImage &drawn) { return drawn.page == index; };
+        if (std::any_of(images.begin(), images.end(), isHere))
+            recorder.beginPage(page);
         for (const DrawnImage &drawn : images) {
-            if (drawn.page != index)
+            if (!isHere(drawn))
                 continue;
-            if (written.overlayPage < 0)
-                written.overlayPage = recorder.beginPage(page);
             recorder.painter().setTransform(recorder.transformForBox(page, DisplayBox::CropBox));
             recorder.drawImage({drawn.rect.x, drawn.rect.y, drawn.rect.width, drawn.rect.height}, drawn.image, 1);
         }
+        written.pieces = recorder.endPage();
         change.request.pages.push_back(written);
     }
     change.request.overlays = recorder.finish();

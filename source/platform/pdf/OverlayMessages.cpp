@@ -1,0 +1,134 @@
+#include "platform/pdf/OverlayMessages.h"
+
+#include "platform/pdf/BusValues.h"
+
+#include <algorithm>
+#include <optional>
+
+namespace inkory
+{
+
+namespace
+{
+
+constexpr std::size_t wholePerPiece = 3;
+constexpr std::size_t numbersPerLine = 7; // only of a line with slots
+constexpr std::size_t numbersPerSlot = 2;
+
+/// All pieces' values, each kind in one array.
+template <template <class> class Container> struct PieceArrays
+{
+    /// Of each piece the overlay page, the length of the text and the number of slots.
+    Container<qint32> whole;
+    Container<quint16> text;
+    Container<qint32> characters;
+    /// Of each piece with slots the transform and the size, then x and width of each slot.
+    Container<double> numbers;
+};
+
+template <class T> using Filled = std::vector<T>;
+template <class T> using Unread = std::span<const T>;
+
+void add(const OverlayPiece &piece, PieceArrays<Filled> &arrays)
+{
+    arrays.whole.insert(arrays.whole.end(), {piece.overlayPage, static_cast<qint32>(piece.text.size()),
+                                             static_cast<qint32>(piece.slots.size())});
+    arrays.text.insert(arrays.text.end(), piece.text.utf16(), piece.text.utf16() + piece.text.size());
+    if (piece.slots.empty())
+        return;
+    const QTransform &t = piece.lineToPage;
+    arrays.numbers.insert(arrays.numbers.end(), {t.m11(), t.m12(), t.m21(), t.m22(), t.dx(), t.dy(), piece.slotSize});
+    for (const TextSlot &slot : piece.slots) {
+        arrays.characters.push_back(static_cast<qint32>(slot.character));
+        arrays.numbers.insert(arrays.numbers.end(), {slot.x, slot.width});
+    }
+}
+
+// The first `count` values, which are no longer there afterwards; none where there are not so many.
+template <class T> std::optional<std::span<const T>> taken(std::span<const T> &values, std::size_t count)
+{
+    if (count > values.size())
+        return std::nullopt;
+    const auto first = values.first(count);
+    values = values.subspan(count);
+    return first;
+}
+
+bool isCharacter(qint32 value)
+{
+    return value >= 0 && value <= static_cast<qint32>(QChar::LastValidCodePoint) &&
+           !QChar::isSurrogate(static_cast<char32_t>(value));
+}
+
+bool readSlots(PieceArrays<Unread> &arrays, std::size_t count, OverlayPiece &piece)
+{
+    const auto characters = taken(arrays.characters, count);
+    const auto line = taken(arrays.numbers, numbersPerLine);
+    const auto places = taken(arrays.numbers, numbersPerSlot * count);
+    const auto isNear = [](double number) { return isWithin(number, farthest); };
+    if (!characters || !line || !places || !std::all_of(line->begin(), line->end(), isNear) ||
+        !std::all_of(places->begin(), places->end(), isNear))
+        return false;
+    const auto &n = *line;
+    piece.lineToPage = QTransform(n[0], n[1], n[2], n[3], n[4], n[5]);
+    piece.slotSize = n[6];
+    for (std::size_t i = 0; i < count; ++i) {
+        const TextSlot slot{static_cast<char32_t>((*characters)[i]), (*places)[2 * i], (*places)[2 * i + 1]};
+        if (!isCharacter((*characters)[i]) || slot.width < 0)
+            return false;
+        piece.slots.push_back(slot);
+    }
+    return piece.slotSize > 0;
+}
+
+std::optional<OverlayPiece> readPiece(PieceArrays<Unread> &arrays)
+{
+    const auto whole = taken(arrays.whole, wholePerPiece);
+    if (!whole || std::any_of(whole->begin(), whole->end(), [](qint32 value) { return value < 0; }))
+        return std::nullopt;
+    const auto units = taken(arrays.text, static_cast<std::size_t>((*whole)[1]));
+    if (!units)
+        return std::nullopt;
+    OverlayPiece piece;
+    piece.overlayPage = (*whole)[0];
+    piece.text =
+        QString::fromUtf16(reinterpret_cast<const char16_t *>(units->data()), static_cast<qsizetype>(units->size()));
+    const auto slotCount = static_cast<std::size_t>((*whole)[2]);
+    if (!piece.text.isValidUtf16() || slotCount > units->size() ||
+        (slotCount > 0 && !readSlots(arrays, slotCount, piece)))
+        return std::nullopt;
+    return piece;
+}
+
+} // namespace
+
+bool appendPieces(sd_bus_message *message, const std::vector<WritePage> &pages)
+{
+    PieceArrays<Filled> arrays;
+    for (const WritePage &page : pages)
+        for (const OverlayPiece &piece : page.pieces)
+            add(piece, arrays);
+    return appendArray(message, 'i', arrays.whole) && appendArray(message, 'q', arrays.text) &&
+           appendArray(message, 'i', arrays.characters) && appendArray(message, 'd', arrays.numbers);
+}
+
+bool readPieces(sd_bus_message *message, std::span<const qint32> counts, std::vector<WritePage> &pages)
+{
+    PieceArrays<Unread> arrays;
+    if (!readArray(message, 'i', arrays.whole) || !readArray(message, 'q', arrays.text) ||
+        !readArray(message, 'i', arrays.characters) || !readArray(message, 'd', arrays.numbers) ||
+        arrays.whole.size() > wholePerPiece * OverlayPiece::mostInDocument ||
+        arrays.text.size() > static_cast<std::size_t>(OverlayPiece::mostCharacters))
+        return false;
+    for (std::size_t i = 0; i < pages.size(); ++i) {
+        for (qint32 left = counts[i]; left > 0; --left) {
+            auto piece = readPiece(arrays);
+            if (!piece)
+                return false;
+            pages[i].pieces.push_back(std::move(*piece));
+        }
+    }
+    return arrays.whole.empty() && arrays.text.empty() && arrays.characters.empty() && arrays.numbers.empty();
+}
+
+} // namespace inkory

@@ -1,0 +1,176 @@
+#include "platform/engine/WriterTestFiles.h"
+
+#include "platform/core/EmbeddableFont.h"
+
+#include <QAbstractTextDocumentLayout>
+#include <QFontDatabase>
+#include <QRawFont>
+#include <QRegularExpression>
+#include <QTextBlock>
+#include <QTextDocument>
+
+using namespace inkory;
+
+namespace
+{
+
+/// Measures text only, ten units to a point.
+class FineDevice : public QPaintDevice
+{
+public:
+    QPaintEngine *paintEngine() const override { return nullptr; }
+
+protected:
+    int metric(PaintDeviceMetric metric) const override
+    {
+        switch (metric) {
+        case PdmDpiX:
+        case PdmDpiY:
+        case PdmPhysicalDpiX:
+        case PdmPhysicalDpiY:
+            return 720;
+        case PdmWidth:
+        case PdmHeight:
+            return 1 << 20;
+        default:
+            return QPaintDevice::metric(metric);
+        }
+    }
+};
+
+constexpr double leftEdge = 40; // of all texts, in points, on a letter page as it is displayed
+
+/// Draws the text, from 100 points below the upper edge of the page as it is displayed.
+void drawText(DrawingContext &context, const PDFPage &page, const QString &text, const QFont &font)
+{
+    FineDevice device;
+    QTextDocument document;
+    document.documentLayout()->setPaintDevice(&device);
+    document.setDocumentMargin(0);
+    document.setDefaultFont(font);
+    document.setPlainText(text);
+    document.setTextWidth(5000);
+    QPainter &painter = context.painter();
+    painter.save();
+    painter.setTransform(page.shownTransform().inverted() * context.transformForBox(page, DisplayBox::CropBox));
+    painter.translate(leftEdge, 100);
+    painter.scale(0.1, 0.1);
+    painter.setPen(Qt::black);
+    for (QTextBlock block = document.begin(); block.isValid(); block = block.next())
+        for (int line = 0; line < block.layout()->lineCount(); ++line)
+            context.drawTextLine(block, line, document.documentLayout()->blockBoundingRect(block).topLeft());
+    painter.restore();
+}
+
+QFont fontOf(const QString &family, double size)
+{
+    QFont font(family);
+    font.setPointSizeF(size);
+    font.setHintingPreference(QFont::PreferNoHinting);
+    return font;
+}
+
+struct WriterText : testing::Test
+{
+    /// Writes the text over the first page of a document, and answers the new file's path.
+    QString write(const QString &text, const QFont &font = fontOf(u"DejaVu Sans"_qs, 14), int rotation = 0)
+    {
+        test::Change change{test::makePdf({test::PageSpec{}}), {}, {}};
+        PageGeometry geometry = readStructure(change.original, {}).pages.at(0);
+        geometry.rotation = rotation;
+        const PDFPage page(geometry, 0);
+        OverlayRecorder recorder;
+        recorder.beginPage(page);
+        drawText(recorder, page, text, font);
+        change.request.pages = {{0, rotation, recorder.endPage(), {}}};
+        change.request.overlays = recorder.finish();
+        change.request.images = recorder.images();
+        return test::writtenFile(m_folder, change);
+    }
+
+    QTemporaryDir m_folder;
+};
+
+const QString lines[] = {u"office AVATAR fl"_qs,
+                         u"x\u00B2 \u00BD \u2026 \u2122 \uFB01 \u212B"_qs,
+                         u"e\u0301 \u00E9 q\u0323\u0307"_qs,
+                         u"\u0417\u0434\u0440\u0430\u0432\u0441\u0442\u0432\u0443\u0439"_qs,
+                         u"\u05E9\u05DC\u05D5\u05DD \u05E2\u05D5\u05DC\u05DD abc 123"_qs,
+                         u"\u05D1\u05BC\u05B0\u05E8"_qs,
+                         u"\u0627\u0644\u0633\u0644\u0627\u0645 \u0639\u0644\u064A\u0643\u0645"_qs,
+                         u"\u0644\u0627 \u05D0 \u0644\u0627 abc"_qs,
+                         u"abcdefg \u05D0\u200F\u05D1 \u0644\u0627"_qs,
+                         u"\u0915\u094D\u0937\u0924\u094D\u0930\u093F\u092F"_qs,
+                         u"\u4E2D\u6587\u3002"_qs,
+                         u"\u65E5\u672C\u8A9E\u304B\u306A"_qs,
+                         u"a    b  c"_qs,
+                         u"thumb \U0001F44D up"_qs,
+                         u"\U0001F44D\U0001F680"_qs,
+                         u"zero\u200Bwidth\u200D"_qs};
+
+QString withoutEmbeddingMarks(QString text)
+{
+    return text.remove(QRegularExpression(u"[\u202A-\u202C]"_qs));
+}
+
+TEST_F(WriterText, IsReadAsItWasTyped)
+{
+    for (const QString &line : lines) {
+        SCOPED_TRACE(line.toStdString());
+        const QString path = write(line);
+        EXPECT_EQ(withoutEmbeddingMarks(test::pdfText(path, 1)).trimmed().toStdString(), line.toStdString());
+        const QString fonts = QString::fromUtf8(test::runTool(u"pdffonts"_qs, {path}).output);
+        EXPECT_TRUE(fonts.contains(QRegularExpression(u"\n[A-Z]{6}\\+"_qs)));
+        for (const QString &font : fonts.split(u'\n', Qt::SkipEmptyParts).mid(2).filter(u"+"_qs))
+            EXPECT_TRUE(font.contains(QRegularExpression(u" yes yes yes +\\d+ +\\d+ *$"_qs))) << font.toStdString();
+    }
+}
+
+TEST_F(WriterText, IsTheSameFileEachTime)
+{
+    const QString text = u"office \u05D0\u05D1 \U0001F44D"_qs;
+    const auto bytes = [this, &text] {
+        QByteArray file = test::readFile(write(text));
+        return file.left(file.indexOf("/ID"));
+    };
+    const QByteArray first = bytes();
+    EXPECT_GT(first.size(), 1'000);
+    EXPECT_EQ(bytes(), first);
+    EXPECT_EQ(first.count("/Type /Font\n") + first.count("/FontDescriptor"), 0) << first.right(0).constData();
+}
+
+// Of the letter H at 40 points: its stems stand on the baseline and reach up to the height of capitals.
+TEST_F(WriterText, StandsWhereItIsDrawn)
+{
+    const QFont font = fontOf(u"DejaVu Sans"_qs, 40);
+    constexpr double em = 40;
+    constexpr double pixelsPerPoint = 4;
+    // From the font's tables, in 2048ths of its size: bearing and stems' right edge of H, ascent, height of capitals.
+    constexpr double left = leftEdge + 201 * em / 2048;
+    constexpr double right = leftEdge + 1339 * em / 2048;
+    constexpr double bottom = 100 + 1901 * em / 2048;
+    constexpr double top = bottom - 1493 * em / 2048;
+    for (const int rotation : {0, 90}) {
+        const QImage drawn = test::renderWithPdftoppm(write(u"H"_qs, font, rotation), 1, 288);
+        const QRect ink = test::findInkBounds(drawn, Qt::black, 100);
+        constexpr double tolerance = 0.5;
+        EXPECT_NEAR(ink.left() / pixelsPerPoint, left, tolerance) << rotation;
+        EXPECT_NEAR((ink.right() + 1) / pixelsPerPoint, right, tolerance) << rotation;
+        EXPECT_NEAR(ink.top() / pixelsPerPoint, top, tolerance) << rotation;
+        EXPECT_NEAR((ink.bottom() + 1) / pixelsPerPoint, bottom, tolerance) << rotation;
+    }
+}
+
+TEST_F(WriterText, KeepsColourfulLettersAsPictures)
+{
+    const QString path = write(u"I\U0001F44DI"_qs, fontOf(u"DejaVu Sans"_qs, 40));
+    const QImage drawn = test::renderWithPdftoppm(path, 1, 72);
+    const QRect yellow = test::findInkBounds(drawn, QColor(255, 200, 40), 60); // skin, in about this colour
+    const QRect black = test::findInkBounds(drawn, Qt::black);
+    EXPECT_NEAR(yellow.height(), 40, 8);
+    EXPECT_GT(yellow.left(), black.left()) << "between the two letters";
+    EXPECT_LT(yellow.right(), black.right());
+    EXPECT_EQ(test::pdfImages(path).size(), 2U) << "a picture and its mask, once";
+}
+
+} // namespace
