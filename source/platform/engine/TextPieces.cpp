@@ -104,8 +104,8 @@ std::string slotsContent(const OverlayPiece &piece, const ShownGlyph &glyph, dou
     const std::string code = QByteArray::number(glyph.code, 16).rightJustified(4, '0').toStdString();
     for (const TextSlot &slot : piece.slots) {
         const double percent = 100 * slot.width / (piece.slotSize * glyphAdvance / glyphUnits);
-        result += beginReading(QString::fromUcs4(&slot.character, 1)) + "BT " + contentNumber(percent) +
-                  " Tz 1 0 0 1 " + contentNumber(slot.x) + " 0 Tm <" + code + "> Tj ET EMC\n";
+        result += beginReading(slot.text) + "BT " + contentNumber(percent) + " Tz 1 0 0 1 " + contentNumber(slot.x) +
+                  " 0 Tm <" + code + "> Tj ET EMC\n";
     }
     return result + "Q\n";
 }
@@ -140,11 +140,9 @@ std::string pieceContent(const OverlayPiece &piece, const std::string &content, 
     if (!filter.isPainting)
         return {};
     const std::string balanced = "q\n" + content + "Q\n";
-    if (piece.text.isEmpty())
-        return balanced;
-    if (piece.slots.empty())
-        return beginReading(piece.text) + balanced + "EMC\n";
-    return readInSlots(piece, balanced, resources, filter.glyphs);
+    if (!piece.slots.empty())
+        return readInSlots(piece, balanced, resources, filter.glyphs);
+    return piece.text.isEmpty() ? balanced : beginReading(piece.text) + balanced + "EMC\n";
 }
 
 } // namespace inkory

@@ -133,6 +133,17 @@ bool DrawnTextLine::hasImageGlyphs() const
     return std::any_of(m_glyphs.begin(), m_glyphs.end(), [](const Glyph &glyph) { return glyph.isImage; });
 }
 
+bool DrawnTextLine::isLevel() const
+{
+    constexpr double rounding = 0.02; // layouts count in 64ths
+    const double baseline = m_position.y() + m_line.y() + m_line.ascent();
+    const auto isOff = [&](const Glyph &glyph) { return std::abs(glyph.position.y() - baseline) > rounding; };
+    const auto isText = [](const Glyph &glyph) { return !glyph.isImage; };
+    const auto first = std::find_if(m_glyphs.begin(), m_glyphs.end(), isText);
+    const auto last = std::find_if(m_glyphs.rbegin(), m_glyphs.rend(), isText);
+    return first == m_glyphs.end() || (!isOff(*first) && !isOff(*last));
+}
+
 // Neighbours of one font and pen, as a picture or as text. A picture does not reach across what stands between.
 std::vector<DrawnTextLine::Run> DrawnTextLine::runs(bool areImages) const
 {

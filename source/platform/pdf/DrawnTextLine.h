@@ -25,6 +25,9 @@ public:
 
     bool hasTextGlyphs() const;
     bool hasImageGlyphs() const;
+    /// Whether the first and the last of the glyphs that can stay text stand on the line's baseline, which marks over
+    /// and under letters need not do.
+    bool isLevel() const;
 
     /// Of the largest glyphs' font, in units of the coordinates; 0 where the line has none.
     double fontSize() const { return m_fontSize; }

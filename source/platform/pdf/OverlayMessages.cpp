@@ -20,8 +20,10 @@ template <template <class> class Container> struct PieceArrays
 {
     /// Of each piece the overlay page, the length of the text and the number of slots.
     Container<qint32> whole;
+    /// Of each piece the text, then those of its slots.
     Container<quint16> text;
-    Container<qint32> characters;
+    /// Of each slot the length of its text.
+    Container<qint32> lengths;
     /// Of each piece with slots the transform and the size, then x and width of each slot.
     Container<double> numbers;
 };
@@ -29,17 +31,23 @@ template <template <class> class Container> struct PieceArrays
 template <class T> using Filled = std::vector<T>;
 template <class T> using Unread = std::span<const T>;
 
+void add(const QString &text, std::vector<quint16> &units)
+{
+    units.insert(units.end(), text.utf16(), text.utf16() + text.size());
+}
+
 void add(const OverlayPiece &piece, PieceArrays<Filled> &arrays)
 {
     arrays.whole.insert(arrays.whole.end(), {piece.overlayPage, static_cast<qint32>(piece.text.size()),
                                              static_cast<qint32>(piece.slots.size())});
-    arrays.text.insert(arrays.text.end(), piece.text.utf16(), piece.text.utf16() + piece.text.size());
+    add(piece.text, arrays.text);
     if (piece.slots.empty())
         return;
     const QTransform &t = piece.lineToPage;
     arrays.numbers.insert(arrays.numbers.end(), {t.m11(), t.m12(), t.m21(), t.m22(), t.dx(), t.dy(), piece.slotSize});
     for (const TextSlot &slot : piece.slots) {
-        arrays.characters.push_back(static_cast<qint32>(slot.character));
+        arrays.lengths.push_back(static_cast<qint32>(slot.text.size()));
+        add(slot.text, arrays.text);
         arrays.numbers.insert(arrays.numbers.end(), {slot.x, slot.width});
     }
 }
@@ -54,31 +62,35 @@ template <class T> std::optional<std::span<const T>> taken(std::span<const T> &v
     return first;
 }
 
-bool isCharacter(qint32 value)
+std::optional<QString> takenText(std::span<const quint16> &units, qint32 length)
 {
-    return value >= 0 && value <= static_cast<qint32>(QChar::LastValidCodePoint) &&
-           !QChar::isSurrogate(static_cast<char32_t>(value));
+    const auto taking = length < 0 ? std::nullopt : taken(units, static_cast<std::size_t>(length));
+    if (!taking)
+        return std::nullopt;
+    QString text = QString::fromUtf16(reinterpret_cast<const char16_t *>(taking->data()), length);
+    return text.isValidUtf16() ? std::optional(text) : std::nullopt;
 }
 
 bool readSlots(PieceArrays<Unread> &arrays, std::size_t count, OverlayPiece &piece)
 {
-    const auto characters = taken(arrays.characters, count);
+    const auto lengths = taken(arrays.lengths, count);
     const auto line = taken(arrays.numbers, numbersPerLine);
     const auto places = taken(arrays.numbers, numbersPerSlot * count);
     const auto isNear = [](double number) { return isWithin(number, farthest); };
-    if (!characters || !line || !places || !std::all_of(line->begin(), line->end(), isNear) ||
+    if (!lengths || !line || !places || !std::all_of(line->begin(), line->end(), isNear) ||
         !std::all_of(places->begin(), places->end(), isNear))
         return false;
     const auto &n = *line;
     piece.lineToPage = QTransform(n[0], n[1], n[2], n[3], n[4], n[5]);
     piece.slotSize = n[6];
     for (std::size_t i = 0; i < count; ++i) {
-        const TextSlot slot{static_cast<char32_t>((*characters)[i]), (*places)[2 * i], (*places)[2 * i + 1]};
-        if (!isCharacter((*characters)[i]) || slot.width < 0)
+        const auto text = takenText(arrays.text, (*lengths)[i]);
+        const double width = (*places)[2 * i + 1];
+        if (!text || text->isEmpty() || width < 0)
             return false;
-        piece.slots.push_back(slot);
+        piece.slots.push_back({*text, (*places)[2 * i], width});
     }
-    return piece.slotSize > 0;
+    return piece.slotSize > 0 && piece.text.isEmpty();
 }
 
 std::optional<OverlayPiece> readPiece(PieceArrays<Unread> &arrays)
@@ -86,16 +98,14 @@ std::optional<OverlayPiece> readPiece(PieceArrays<Unread> &arrays)
     const auto whole = taken(arrays.whole, wholePerPiece);
     if (!whole || std::any_of(whole->begin(), whole->end(), [](qint32 value) { return value < 0; }))
         return std::nullopt;
-    const auto units = taken(arrays.text, static_cast<std::size_t>((*whole)[1]));
-    if (!units)
+    const auto text = takenText(arrays.text, (*whole)[1]);
+    if (!text)
         return std::nullopt;
     OverlayPiece piece;
     piece.overlayPage = (*whole)[0];
-    piece.text =
-        QString::fromUtf16(reinterpret_cast<const char16_t *>(units->data()), static_cast<qsizetype>(units->size()));
+    piece.text = *text;
     const auto slotCount = static_cast<std::size_t>((*whole)[2]);
-    if (!piece.text.isValidUtf16() || slotCount > units->size() ||
-        (slotCount > 0 && !readSlots(arrays, slotCount, piece)))
+    if (slotCount > 0 && !readSlots(arrays, slotCount, piece))
         return std::nullopt;
     return piece;
 }
@@ -109,14 +119,14 @@ bool appendPieces(sd_bus_message *message, const std::vector<WritePage> &pages)
         for (const OverlayPiece &piece : page.pieces)
             add(piece, arrays);
     return appendArray(message, 'i', arrays.whole) && appendArray(message, 'q', arrays.text) &&
-           appendArray(message, 'i', arrays.characters) && appendArray(message, 'd', arrays.numbers);
+           appendArray(message, 'i', arrays.lengths) && appendArray(message, 'd', arrays.numbers);
 }
 
 bool readPieces(sd_bus_message *message, std::span<const qint32> counts, std::vector<WritePage> &pages)
 {
     PieceArrays<Unread> arrays;
     if (!readArray(message, 'i', arrays.whole) || !readArray(message, 'q', arrays.text) ||
-        !readArray(message, 'i', arrays.characters) || !readArray(message, 'd', arrays.numbers) ||
+        !readArray(message, 'i', arrays.lengths) || !readArray(message, 'd', arrays.numbers) ||
         arrays.whole.size() > wholePerPiece * OverlayPiece::mostInDocument ||
         arrays.text.size() > static_cast<std::size_t>(OverlayPiece::mostCharacters))
         return false;
@@ -128,7 +138,7 @@ bool readPieces(sd_bus_message *message, std::span<const qint32> counts, std::ve
             pages[i].pieces.push_back(std::move(*piece));
         }
     }
-    return arrays.whole.empty() && arrays.text.empty() && arrays.characters.empty() && arrays.numbers.empty();
+    return arrays.whole.empty() && arrays.text.empty() && arrays.lengths.empty() && arrays.numbers.empty();
 }
 
 } // namespace inkory

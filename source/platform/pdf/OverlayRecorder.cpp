@@ -116,23 +116,31 @@ void OverlayRecorder::drawTextLine(const QTextBlock &block, int lineIndex, const
     drawn.drawText(m_painter);
     if (!drawn.hasTextGlyphs())
         drawSpace(m_painter, line, position);
-    nameText(line, block.text(), position, drawn.fontSize());
+    nameText(line, block.text(), position, drawn);
     beginPiece();
     drawn.drawImages(*this);
 }
 
 // Says what the present piece shows: the line's part of the block's text.
-void OverlayRecorder::nameText(const QTextLine &line, const QString &text, const QPointF &position, double fontSize)
+void OverlayRecorder::nameText(const QTextLine &line, const QString &blockText, const QPointF &position,
+                               const DrawnTextLine &drawn)
 {
     OverlayPiece &piece = m_pieces.back();
     // Half a character, which can be typed nowhere but pasted, cannot be written.
-    piece.text = QString::fromUtf8(text.mid(line.textStart(), line.textLength()).toUtf8());
-    while (piece.text.endsWith(QChar::LineSeparator))
-        piece.text.chop(1); // the end of the line says as much
-    if (!hasRightToLeftLetters(piece.text))
+    QString text = QString::fromUtf8(blockText.mid(line.textStart(), line.textLength()).toUtf8());
+    while (text.endsWith(QChar::LineSeparator))
+        text.chop(1); // the end of the line says as much
+    if (hasRightToLeftLetters(text)) {
+        piece.slots = textSlots(line, blockText);
+    } else if (!drawn.isLevel()) {
+        // Readers take the text to stretch from the origin of the first glyph to where the last one ends.
+        const QRectF extent = line.naturalTextRect();
+        piece.slots = {{text, extent.x(), extent.width()}};
+    } else {
+        piece.text = text;
         return;
-    piece.slots = textSlots(line, text);
-    piece.slotSize = fontSize;
+    }
+    piece.slotSize = drawn.fontSize();
     const QTransform lineToPainter(1, 0, 0, -1, position.x(), position.y() + line.y() + line.ascent());
     piece.lineToPage = lineToPainter * m_painter.transform() * QTransform(1, 0, 0, -1, 0, m_overlayHeight);
 }

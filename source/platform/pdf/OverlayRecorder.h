@@ -17,6 +17,8 @@ class QTextLine;
 namespace inkory
 {
 
+class DrawnTextLine;
+
 /// The drawing context of a file: records what is drawn over pages as a PDF file of its own, in page space without the
 /// page's rotation. Each line of text takes a page of that file, and so does what is drawn between them. Images are
 /// recorded as markers (see WriteRequest::overlays), so that the writer can store the original pixels once and as they
@@ -52,7 +54,7 @@ public:
 private:
     const QImage &markerFor(const ImagePtr &image);
     void beginPiece();
-    void nameText(const QTextLine &line, const QString &text, const QPointF &position, double fontSize);
+    void nameText(const QTextLine &line, const QString &blockText, const QPointF &position, const DrawnTextLine &drawn);
 
     QByteArray m_bytes;
     QBuffer m_buffer;

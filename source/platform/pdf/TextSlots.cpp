@@ -104,11 +104,14 @@ std::vector<TextSlot> textSlots(const QTextLine &line, const QString &text)
 {
     std::vector<TextSlot> result;
     for (const Cluster &cluster : clustersOf(line, text)) {
-        const QList<uint> characters = text.mid(cluster.start, cluster.end - cluster.start).toUcs4();
+        const std::u32string characters = text.mid(cluster.start, cluster.end - cluster.start).toStdU32String();
         const double width = cluster.width() / static_cast<double>(characters.size());
-        for (qsizetype i = 0; i < characters.size(); ++i) {
-            const qsizetype place = cluster.isRightToLeft ? characters.size() - 1 - i : i;
-            result.push_back({characters[i], cluster.left + static_cast<double>(place) * width, width});
+        for (std::size_t i = 0; i < characters.size(); ++i) {
+            if (characters[i] == QChar::LineSeparator)
+                continue; // the end of the line says as much
+            const std::size_t place = cluster.isRightToLeft ? characters.size() - 1 - i : i;
+            result.push_back(
+                {QString::fromUcs4(&characters[i], 1), cluster.left + static_cast<double>(place) * width, width});
         }
     }
     std::stable_sort(result.begin(), result.end(), [](const TextSlot &a, const TextSlot &b) { return a.x < b.x; });

@@ -1,6 +1,7 @@
 #include "platform/engine/WriterTestFiles.h"
 
 #include "platform/core/EmbeddableFont.h"
+#include "platform/pdf/PrintDrawingContext.h"
 
 #include <QAbstractTextDocumentLayout>
 #include <QFontDatabase>
@@ -8,6 +9,9 @@
 #include <QRegularExpression>
 #include <QTextBlock>
 #include <QTextDocument>
+#include <QtEndian>
+
+#include <functional>
 
 using namespace inkory;
 
@@ -23,18 +27,11 @@ public:
 protected:
     int metric(PaintDeviceMetric metric) const override
     {
-        switch (metric) {
-        case PdmDpiX:
-        case PdmDpiY:
-        case PdmPhysicalDpiX:
-        case PdmPhysicalDpiY:
-            return 720;
-        case PdmWidth:
-        case PdmHeight:
-            return 1 << 20;
-        default:
-            return QPaintDevice::metric(metric);
-        }
+        if (metric == PdmDevicePixelRatio)
+            return 1;
+        if (metric == PdmDevicePixelRatioScaled)
+            return static_cast<int>(devicePixelRatioFScale());
+        return metric == PdmWidth || metric == PdmHeight ? 1 << 20 : 720;
     }
 };
 
@@ -59,6 +56,7 @@ void drawText(DrawingContext &context, const PDFPage &page, const QString &text,
     for (QTextBlock block = document.begin(); block.isValid(); block = block.next())
         for (int line = 0; line < block.layout()->lineCount(); ++line)
             context.drawTextLine(block, line, document.documentLayout()->blockBoundingRect(block).topLeft());
+    painter.fillRect(QRect(200, 4000, 1000, 500), Qt::blue); // below the text
     painter.restore();
 }
 
@@ -73,7 +71,8 @@ QFont fontOf(const QString &family, double size)
 struct WriterText : testing::Test
 {
     /// Writes the text over the first page of a document, and answers the new file's path.
-    QString write(const QString &text, const QFont &font = fontOf(u"DejaVu Sans"_qs, 14), int rotation = 0)
+    QString write(const QString &text, const QFont &font = fontOf(u"DejaVu Sans"_qs, 14), int rotation = 0,
+                  const std::function<void(QPainter &)> &prepare = {})
     {
         test::Change change{test::makePdf({test::PageSpec{}}), {}, {}};
         PageGeometry geometry = readStructure(change.original, {}).pages.at(0);
@@ -81,6 +80,8 @@ struct WriterText : testing::Test
         const PDFPage page(geometry, 0);
         OverlayRecorder recorder;
         recorder.beginPage(page);
+        if (prepare)
+            prepare(recorder.painter());
         drawText(recorder, page, text, font);
         change.request.pages = {{0, rotation, recorder.endPage(), {}}};
         change.request.overlays = recorder.finish();
@@ -117,7 +118,9 @@ TEST_F(WriterText, IsReadAsItWasTyped)
 {
     for (const QString &line : lines) {
         SCOPED_TRACE(line.toStdString());
+        const QString turned = test::pdfText(write(line, fontOf(u"DejaVu Sans"_qs, 9.3), 90), 1);
         const QString path = write(line);
+        EXPECT_EQ(turned.toStdString(), test::pdfText(path, 1).toStdString());
         EXPECT_EQ(withoutEmbeddingMarks(test::pdfText(path, 1)).trimmed().toStdString(), line.toStdString());
         const QString fonts = QString::fromUtf8(test::runTool(u"pdffonts"_qs, {path}).output);
         EXPECT_TRUE(fonts.contains(QRegularExpression(u"\n[A-Z]{6}\\+"_qs)));
@@ -131,12 +134,11 @@ TEST_F(WriterText, IsTheSameFileEachTime)
     const QString text = u"office \u05D0\u05D1 \U0001F44D"_qs;
     const auto bytes = [this, &text] {
         QByteArray file = test::readFile(write(text));
-        return file.left(file.indexOf("/ID"));
+        return file.left(file.lastIndexOf("/ID"));
     };
     const QByteArray first = bytes();
     EXPECT_GT(first.size(), 1'000);
     EXPECT_EQ(bytes(), first);
-    EXPECT_EQ(first.count("/Type /Font\n") + first.count("/FontDescriptor"), 0) << first.right(0).constData();
 }
 
 // Of the letter H at 40 points: its stems stand on the baseline and reach up to the height of capitals.
@@ -171,6 +173,81 @@ TEST_F(WriterText, KeepsColourfulLettersAsPictures)
     EXPECT_GT(yellow.left(), black.left()) << "between the two letters";
     EXPECT_LT(yellow.right(), black.right());
     EXPECT_EQ(test::pdfImages(path).size(), 2U) << "a picture and its mask, once";
+}
+
+TEST_F(WriterText, KeepsClipAndOpacityFromPieceToPiece)
+{
+    const QString path = write(u"HHHHHH\nHHHHHH"_qs, fontOf(u"DejaVu Sans"_qs, 40), 0, [](QPainter &painter) {
+        painter.setClipRect(QRectF(0, 0, 94, 792));
+        painter.setOpacity(0.5);
+    });
+    const QImage drawn = test::renderWithPdftoppm(path, 1);
+    const QRect text = test::findInkBounds(drawn, QColor(127, 127, 127), 10);
+    EXPECT_GT(text.height(), 60) << "two lines";
+    EXPECT_EQ(text.right(), 93) << "cuts a stem of the second letter, which ends at 96.2";
+    EXPECT_EQ(test::findInkBounds(drawn, QColor(127, 127, 255), 3), QRect(60, 500, 34, 50)) << "drawn after them";
+}
+
+/// A font that may not be embedded, known as "DejaVu Nope Mono".
+void installRestrictedFont(const QString &folder)
+{
+    QByteArray font = test::readFile(u"/usr/share/fonts/truetype/dejavu/DejaVuSansMono.ttf"_qs);
+    constexpr int entrySize = 16; // of the list of tables: tag, checksum, offset, length
+    const auto entry = font.indexOf("OS/2");
+    ASSERT_GT(entry, 0);
+    ASSERT_LT(entry, 30 * entrySize);
+    const auto table = qFromBigEndian<quint32>(font.constData() + entry + 8);
+    font[table + 8] = 0;
+    font[table + 9] = 2; // fsType: restricted
+    for (const QString &name : {u"Sans Mono"_qs, u"SansMono"_qs}) {
+        const QString other = QString(name).replace(u"Sans"_qs, u"Nope"_qs);
+        font.replace(name.toLatin1(), other.toLatin1());
+        QByteArray wide[2];
+        for (int i = 0; i < 2; ++i)
+            for (const QChar unit : i == 0 ? name : other)
+                wide[i].append('\0').append(unit.toLatin1());
+        font.replace(wide[0], wide[1]);
+    }
+    ASSERT_GE(QFontDatabase::addApplicationFont(test::writeFile(folder, u"nope.ttf"_qs, font)), 0);
+}
+
+TEST_F(WriterText, ShowsButDoesNotContainAFontThatMayNotBeEmbedded)
+{
+    ASSERT_NO_FATAL_FAILURE(installRestrictedFont(m_folder.path()));
+    const QFont font = fontOf(u"DejaVu Nope Mono"_qs, 40);
+    ASSERT_EQ(QFontInfo(font).family(), u"DejaVu Nope Mono"_qs);
+    EXPECT_FALSE(mayBeEmbedded(QRawFont::fromFont(font)));
+    const QString path = write(u"Hg"_qs, font);
+    EXPECT_FALSE(test::runTool(u"pdffonts"_qs, {path}).output.contains("Nope"));
+    EXPECT_EQ(test::pdfText(path, 1).trimmed(), u"Hg"_qs);
+    EXPECT_EQ(test::pdfImages(path).size(), 2U) << "one picture of both letters, and its mask";
+    const QRect ink = test::findInkBounds(test::renderWithPdftoppm(path, 1), Qt::black, 100);
+    EXPECT_NEAR(ink.height(), 29.2 + 8.3, 2) << "from the top of H to the foot of g";
+
+    const QFont other = embeddableFont(font);
+    EXPECT_TRUE(mayBeEmbedded(QRawFont::fromFont(other)));
+    EXPECT_TRUE(QFontInfo(other).fixedPitch());
+    EXPECT_EQ(other.pointSizeF(), 40);
+    EXPECT_EQ(embeddableFont(fontOf(u"DejaVu Serif"_qs, 9)), fontOf(u"DejaVu Serif"_qs, 9));
+}
+
+TEST_F(WriterText, ReachesPaperWithItsPictures)
+{
+    const QString path = m_folder.filePath(u"paper.pdf"_qs);
+    {
+        QPdfWriter writer(path);
+        writer.setResolution(72);
+        writer.setPageMargins(QMarginsF());
+        writer.setPageSize(QPageSize(QPageSize::Letter));
+        QPainter painter(&writer);
+        const PDFPage page({}, 0);
+        PrintDrawingContext context(painter, page.shownTransform());
+        drawText(context, page, u"I\U0001F44DI"_qs, fontOf(u"DejaVu Sans"_qs, 40));
+    }
+    const QRect yellow =
+        test::findInkBounds(test::renderWithPdftoppm(path, 1), QColor(255, 200, 40), 60); // skin, in about this colour
+    EXPECT_NEAR(yellow.height(), 40, 8);
+    EXPECT_EQ(test::pdfText(path, 1).remove(u'\n').trimmed(), u"II"_qs) << "the letters stay letters";
 }
 
 } // namespace

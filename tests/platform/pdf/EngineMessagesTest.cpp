@@ -60,8 +60,13 @@ TEST_F(EngineMessages, ComeThroughAsTheyWereSent)
     EXPECT_EQ(surveyed->structure.pages, (std::vector<PageGeometry>{page, PageGeometry()}));
     EXPECT_EQ(surveyed->drawnSizes, std::vector<QSizeF>{QSizeF(612.5, 0)});
 
-    const OverlayPiece line{5, u"a\u05D0"_qs, {{U'a', 0, 1.5}, {U'\u05D0', 1.5, 2}}, 14, {1, 2, 3, 4, 5, 6}};
-    WriteMessage write{{0, 7, SecretBytes("secret")}, {{3, 90, {{}, line}, {1.5, -2}}}, {0, 1000}, 100, {}, 0};
+    const OverlayPiece line{5, {}, {{u"a"_qs, 0, 1.5}, {u"\u05D0b"_qs, 1.5, 2}}, 14, {1, 2, 3, 4, 5, 6}};
+    WriteMessage write{{0, 7, SecretBytes("secret")},
+                       {{3, 90, {{4, u"\u00E4"_qs, {}, 0, {}}, line}, {1.5, -2}}},
+                       {0, 1000},
+                       100,
+                       {},
+                       0};
     write.images = {{{10, 20}, QImage::Format_ARGB32, 200, 0}, {{9, 9}, QImage::Format_RGB32, 100, 55}};
     const BusMessage written = sent(write);
     const auto read = readWrite(written.get());
@@ -160,12 +165,12 @@ TEST_F(EngineMessages, AreRefusedWithValuesThatTheTypesDoNotPromise)
     const double infinity = std::numeric_limits<double>::infinity();
     const OverlayPiece pieces[] = {{-1, {}, {}, 0, {}},
                                    {0, QString(QChar(0xD800)), {}, 0, {}},
-                                   {0, u"a"_qs, {{0xD800, 0, 1}}, 14, {}},
-                                   {0, u"a"_qs, {{0x110000, 0, 1}}, 14, {}},
-                                   {0, u"a"_qs, {{U'a', 0, -1}}, 14, {}},
-                                   {0, u"a"_qs, {{U'a', infinity, 1}}, 14, {}},
-                                   {0, u"a"_qs, {{U'a', 0, 1}}, 0, {}},
-                                   {0, u"a"_qs, {{U'a', 0, 1}, {U'b', 1, 1}}, 14, {}},
+                                   {0, {}, {{QString(QChar(0xD800)), 0, 1}}, 14, {}},
+                                   {0, {}, {{{}, 0, 1}}, 14, {}},
+                                   {0, {}, {{u"a"_qs, 0, -1}}, 14, {}},
+                                   {0, {}, {{u"a"_qs, infinity, 1}}, 14, {}},
+                                   {0, {}, {{u"a"_qs, 0, 1}}, 0, {}},
+                                   {0, u"a"_qs, {{u"a"_qs, 0, 1}}, 14, {}},
                                    {0, QString(4'000'001, u'a'), {}, 0, {}}};
     for (const OverlayPiece &piece : pieces)
         EXPECT_FALSE(readWrite(sent(WriteMessage{{0, 7, {}}, {{0, 0, {piece}, {}}}, {0, 9}, 9, {}, 0}).get()))
