@@ -2,7 +2,7 @@
 
 #include "platform/core/SharedMemory.h"
 #include "platform/pdf/BusValues.h"
-#include "platform/pdf/OverlayMessages.h"
+#include "platform/pdf/WritePageMessages.h"
 
 #include <algorithm>
 #include <cmath>
@@ -107,38 +107,6 @@ std::optional<DocumentMessage> readDocumentPart(sd_bus_message *message)
     document.size = size;
     document.password = SecretBytes(QByteArray(password.data(), static_cast<qsizetype>(password.size())));
     return document;
-}
-
-// Without what lies over them. Negative counts of pieces are refused here.
-std::optional<std::vector<WritePage>> writePagesFrom(std::span<const qint32> whole, std::span<const qint32> pieceCounts,
-                                                     std::span<const double> origins)
-{
-    const std::size_t count = pieceCounts.size();
-    if (whole.size() != 2 * count || origins.size() != 2 * count || count > maxPageCount ||
-        std::any_of(pieceCounts.begin(), pieceCounts.end(), [](qint32 pieces) { return pieces < 0; }))
-        return std::nullopt;
-    std::vector<WritePage> pages;
-    for (std::size_t i = 0; i < count; ++i) {
-        WritePage page{whole[2 * i], whole[2 * i + 1], {}, PagePoint{origins[2 * i], origins[2 * i + 1]}};
-        if (page.sourcePage < 0 || normalizedRotation(page.rotation) != page.rotation ||
-            !isWithin(page.overlayOrigin.x, farthest) || !isWithin(page.overlayOrigin.y, farthest))
-            return std::nullopt;
-        pages.push_back(std::move(page));
-    }
-    return pages;
-}
-
-std::optional<std::vector<WritePage>> readWritePages(sd_bus_message *message)
-{
-    std::span<const qint32> whole;
-    std::span<const qint32> pieceCounts;
-    std::span<const double> origins;
-    if (!readArray(message, 'i', whole) || !readArray(message, 'i', pieceCounts) || !readArray(message, 'd', origins))
-        return std::nullopt;
-    auto pages = writePagesFrom(whole, pieceCounts, origins);
-    if (!pages || !readPieces(message, pieceCounts, *pages))
-        return std::nullopt;
-    return pages;
 }
 
 std::optional<QImage::Format> pixelFormat(qint64 value)
@@ -332,20 +300,11 @@ std::optional<Survey> readSurvey(sd_bus_message *message)
 
 bool append(sd_bus_message *message, const WriteMessage &write)
 {
-    std::vector<qint32> whole;
-    std::vector<qint32> pieceCounts;
-    std::vector<double> origins;
-    for (const WritePage &page : write.pages) {
-        whole.insert(whole.end(), {page.sourcePage, page.rotation});
-        pieceCounts.push_back(static_cast<qint32>(page.pieces.size()));
-        origins.insert(origins.end(), {page.overlayOrigin.x, page.overlayOrigin.y});
-    }
     std::vector<qint64> images;
     for (const WriteMessage::ImagePart &part : write.images)
         images.insert(images.end(),
                       {part.pixelSize.width(), part.pixelSize.height(), part.format, part.offset, part.jpegSize});
-    return appendArray(message, 'i', whole) && appendArray(message, 'i', pieceCounts) &&
-           appendArray(message, 'd', origins) && appendPieces(message, write.pages) && append(message, write.payload) &&
+    return appendPages(message, write.pages) && append(message, write.payload) &&
            appended(sd_bus_message_append(message, "x", static_cast<int64_t>(write.overlaysSize))) &&
            appendArray(message, 'x', images) && appended(sd_bus_message_append(message, "h", write.outputDescriptor)) &&
            appendDocument(message, write.document);
@@ -355,7 +314,7 @@ std::optional<WriteMessage> readWrite(sd_bus_message *message)
 {
     if (!isMessageOf(message, "aiaiadaiaqaiadhxxaxhhxay"))
         return std::nullopt;
-    auto pages = readWritePages(message);
+    auto pages = readPages(message);
     if (!pages)
         return std::nullopt;
     WriteMessage write{{}, std::move(*pages), {}, 0, {}, -1};

@@ -1,4 +1,4 @@
-#include "platform/pdf/OverlayMessages.h"
+#include "platform/pdf/WritePageMessages.h"
 
 #include "platform/pdf/BusValues.h"
 
@@ -110,8 +110,6 @@ std::optional<OverlayPiece> readPiece(PieceArrays<Unread> &arrays)
     return piece;
 }
 
-} // namespace
-
 bool appendPieces(sd_bus_message *message, const std::vector<WritePage> &pages)
 {
     PieceArrays<Filled> arrays;
@@ -122,6 +120,7 @@ bool appendPieces(sd_bus_message *message, const std::vector<WritePage> &pages)
            appendArray(message, 'i', arrays.lengths) && appendArray(message, 'd', arrays.numbers);
 }
 
+// As many pieces for each page as its count says.
 bool readPieces(sd_bus_message *message, std::span<const qint32> counts, std::vector<WritePage> &pages)
 {
     PieceArrays<Unread> arrays;
@@ -139,6 +138,54 @@ bool readPieces(sd_bus_message *message, std::span<const qint32> counts, std::ve
         }
     }
     return arrays.whole.empty() && arrays.text.empty() && arrays.lengths.empty() && arrays.numbers.empty();
+}
+
+// Without what lies over them. Negative counts of pieces are refused here.
+std::optional<std::vector<WritePage>> writePagesFrom(std::span<const qint32> whole, std::span<const qint32> pieceCounts,
+                                                     std::span<const double> origins)
+{
+    const std::size_t count = pieceCounts.size();
+    if (whole.size() != 2 * count || origins.size() != 2 * count || count > maxPageCount ||
+        std::any_of(pieceCounts.begin(), pieceCounts.end(), [](qint32 pieces) { return pieces < 0; }))
+        return std::nullopt;
+    std::vector<WritePage> pages;
+    for (std::size_t i = 0; i < count; ++i) {
+        WritePage page{whole[2 * i], whole[2 * i + 1], {}, PagePoint{origins[2 * i], origins[2 * i + 1]}};
+        if (page.sourcePage < 0 || normalizedRotation(page.rotation) != page.rotation ||
+            !isWithin(page.overlayOrigin.x, farthest) || !isWithin(page.overlayOrigin.y, farthest))
+            return std::nullopt;
+        pages.push_back(std::move(page));
+    }
+    return pages;
+}
+
+} // namespace
+
+bool appendPages(sd_bus_message *message, const std::vector<WritePage> &pages)
+{
+    std::vector<qint32> whole;
+    std::vector<qint32> pieceCounts;
+    std::vector<double> origins;
+    for (const WritePage &page : pages) {
+        whole.insert(whole.end(), {page.sourcePage, page.rotation});
+        pieceCounts.push_back(static_cast<qint32>(page.pieces.size()));
+        origins.insert(origins.end(), {page.overlayOrigin.x, page.overlayOrigin.y});
+    }
+    return appendArray(message, 'i', whole) && appendArray(message, 'i', pieceCounts) &&
+           appendArray(message, 'd', origins) && appendPieces(message, pages);
+}
+
+std::optional<std::vector<WritePage>> readPages(sd_bus_message *message)
+{
+    std::span<const qint32> whole;
+    std::span<const qint32> pieceCounts;
+    std::span<const double> origins;
+    if (!readArray(message, 'i', whole) || !readArray(message, 'i', pieceCounts) || !readArray(message, 'd', origins))
+        return std::nullopt;
+    auto pages = writePagesFrom(whole, pieceCounts, origins);
+    if (!pages || !readPieces(message, pieceCounts, *pages))
+        return std::nullopt;
+    return pages;
 }
 
 } // namespace inkory
