@@ -130,6 +130,8 @@ void OverlayRecorder::nameText(const QTextLine &line, const QString &blockText, 
     QString text = QString::fromUtf8(blockText.mid(line.textStart(), line.textLength()).toUtf8());
     while (text.endsWith(QChar::LineSeparator))
         text.chop(1); // the end of the line says as much
+    if (text.isEmpty())
+        return;
     if (hasRightToLeftLetters(text)) {
         piece.slots = textSlots(line, blockText);
     } else if (!drawn.isLevel()) {

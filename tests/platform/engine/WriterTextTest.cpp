@@ -129,6 +129,12 @@ TEST_F(WriterText, IsReadAsItWasTyped)
     }
 }
 
+TEST_F(WriterText, ConsistsOfItsLinesWhereTheyAreBrokenByHand)
+{
+    const QString path = write(u"one\u2028\u2028two\u2028\u05D0\u2028"_qs);
+    EXPECT_EQ(withoutEmbeddingMarks(test::pdfText(path, 1)).simplified(), u"one two \u05D0"_qs);
+}
+
 TEST_F(WriterText, IsTheSameFileEachTime)
 {
     const QString text = u"office \u05D0\u05D1 \U0001F44D"_qs;
