@@ -48,7 +48,9 @@ ColorPanel::ColorPanel(std::unique_ptr<QColorDialog> dialog)
     m_colorDialog.setOptions(QColorDialog::NoButtons | QColorDialog::DontUseNativeDialog |
                              QColorDialog::ShowAlphaChannel);
     m_colorDialog.setWindowTitle(tr("Colors"));
-    setColor(sharedFontManager().selectedColor().value_or(Qt::black));
+    m_colorDialog.setCurrentColor(m_color);
+    if (const auto color = sharedFontManager().selectedColor())
+        setColor(*color);
     connect(&m_colorDialog, &QColorDialog::currentColorChanged, this, &ColorPanel::choose);
 }
 
@@ -56,10 +58,13 @@ void ColorPanel::setColor(const QColor &color)
 {
     if (!color.isValid())
         return;
+    const bool isShown = color.rgba() == m_color.rgba();
     m_color = color;
+    sharedFontManager().setSelectedColor(color);
+    if (isShown)
+        return; // not below the hands of whoever just chose it
     const QSignalBlocker blocker(m_colorDialog);
     m_colorDialog.setCurrentColor(color);
-    sharedFontManager().setSelectedColor(color);
 }
 
 void ColorPanel::choose(const QColor &color)

@@ -34,7 +34,7 @@ private:
     void choose(const QColor &color);
 
     QColorDialog &m_colorDialog;
-    QColor m_color;
+    QColor m_color = Qt::black;
 };
 
 } // namespace inkory

@@ -7,6 +7,8 @@
 #include <QFontInfo>
 #include <QSignalBlocker>
 
+#include <tuple>
+
 namespace inkory
 {
 
@@ -35,6 +37,15 @@ QFont withoutNeedlessStyleName(const QFont &font)
     return QFontInfo(plain).styleName() == font.styleName() ? plain : font;
 }
 
+// In all that the panel is about: fonts of texts also say how they are to be laid out.
+bool lookAlike(const QFont &a, const QFont &b)
+{
+    const auto effects = [](const QFont &font) {
+        return std::tuple(font.weight(), font.style(), font.underline(), font.strikeOut(), font.styleName());
+    };
+    return a.family() == b.family() && a.pointSizeF() == b.pointSizeF() && effects(a) == effects(b);
+}
+
 } // namespace
 
 FontPanel &FontPanel::sharedFontPanel()
@@ -53,7 +64,8 @@ void FontPanel::closeShared()
 }
 
 FontPanel::FontPanel(std::unique_ptr<QFontDialog> dialog)
-    : SharedPanel(std::move(dialog)), m_fontDialog(static_cast<QFontDialog &>(this->dialog()))
+    : SharedPanel(std::move(dialog)), m_fontDialog(static_cast<QFontDialog &>(this->dialog())),
+      m_font(m_fontDialog.currentFont())
 {
     m_fontDialog.setOptions(QFontDialog::NoButtons | QFontDialog::DontUseNativeDialog | QFontDialog::ScalableFonts);
     m_fontDialog.setWindowTitle(tr("Fonts"));
@@ -64,10 +76,17 @@ FontPanel::FontPanel(std::unique_ptr<QFontDialog> dialog)
 
 void FontPanel::setFont(const QFont &font)
 {
+    const bool isShown = lookAlike(font, m_font);
     m_font = font;
-    const QSignalBlocker blocker(m_fontDialog);
-    m_fontDialog.setCurrentFont(font);
     sharedFontManager().setSelectedFont(font);
+    if (isShown)
+        return; // not below the hands of whoever just chose it
+    const QSignalBlocker blocker(m_fontDialog);
+    // The dialog finds a style by its name only, and knows but a few of a family that stands for another one.
+    QFont named = font;
+    named.setFamilies({QFontInfo(font).family()});
+    named.setStyleName(QFontInfo(font).styleName());
+    m_fontDialog.setCurrentFont(named);
 }
 
 void FontPanel::choose(const QFont &font)
@@ -75,7 +94,7 @@ void FontPanel::choose(const QFont &font)
     QFont chosen = withoutNeedlessStyleName(font);
     if (chosen.pointSize() == m_font.pointSize()) // the dialog knows whole points only
         chosen.setPointSizeF(m_font.pointSizeF());
-    if (chosen == m_font)
+    if (lookAlike(chosen, m_font))
         return; // the dialog tells each of its steps
     m_font = chosen;
     sharedFontManager().setSelectedFont(chosen);

@@ -100,9 +100,10 @@ void SharedPanel::standOver(QWidget *window)
 
 void SharedPanel::place(const QRect &workedOn)
 {
+    if (!m_dialog->testAttribute(Qt::WA_Resized))
+        m_dialog->adjustSize(); // as it would when it is shown
     const QScreen *screen = m_window->screen();
-    m_dialog->move(placeBeside(workedOn, m_dialog->size().expandedTo(m_dialog->sizeHint()) + windowFrame,
-                               screen->availableGeometry()));
+    m_dialog->move(placeBeside(workedOn, m_dialog->size() + windowFrame, screen->availableGeometry()));
 }
 
 } // namespace inkory
