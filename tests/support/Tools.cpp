@@ -110,7 +110,7 @@ std::optional<std::vector<ListedPage>> pdfInfo(const QString &path)
     return pages;
 }
 
-QImage renderWithPdftoppm(const QString &path, int page, int dotsPerInch, const QString &password)
+QImage renderWithPdftoppm(const QString &path, int page, double dotsPerInch, const QString &password)
 {
     const QStringList options{QStringLiteral("-png"), QStringLiteral("-cropbox"), QStringLiteral("-r"),
                               QString::number(dotsPerInch)};

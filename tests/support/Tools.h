@@ -49,7 +49,7 @@ std::optional<std::vector<ListedPage>> pdfInfo(const QString &path);
 
 /// The shown part (crop box, turned by the page's rotation) of a page, numbered from 1, drawn by pdftoppm on white; a
 /// null image where it fails.
-QImage renderWithPdftoppm(const QString &path, int page, int dotsPerInch = 72, const QString &password = {});
+QImage renderWithPdftoppm(const QString &path, int page, double dotsPerInch = 72, const QString &password = {});
 
 /// The text of a page, numbered from 1, as pdftotext reads it.
 QString pdfText(const QString &path, int page);

@@ -3,6 +3,7 @@
 #include "V1/editing/KRPDFView.h"
 
 #include "V1/editing/StampDrag.h"
+#include "V1/editing/TextStampEditor.h"
 #include "V1/stamps/KRPDFPage.h"
 #include "platform/core/PhysicalKeys.h"
 
@@ -33,6 +34,11 @@ bool handleStampKey(KRPDFView &view, const QKeyEvent &event)
     const PhysicalKey key = physicalKey(event);
     if (key == PhysicalKey::Backspace || key == PhysicalKey::ForwardDelete) {
         view.deleteSelectedStampView();
+        return true;
+    }
+    if (key == PhysicalKey::Return && view.selectedStampView()->isEditable()) {
+        view.startTextEditing();
+        view.updateStampViewOverlay();
         return true;
     }
     if (event.modifiers() & (Qt::ControlModifier | Qt::AltModifier | Qt::MetaModifier))
@@ -90,9 +96,11 @@ void KRPDFView::mouseReleaseEvent(QMouseEvent *event)
     PDFView::mouseReleaseEvent(event);
 }
 
-// A finger on a button of the toolbar is the button's.
+// A finger on a button of the toolbar is the button's, one in the text being edited is the editor's.
 bool KRPDFView::claimsTouch(const ViewPoint &point) const
 {
+    if (isEditingText() && convertRectFromOverlay(textEditor()->frame()).contains(point))
+        return false;
     if (m_overlays.isToolbarShown() && m_overlays.toolbarRect().contains(point)) {
         const OverlayPoint place = convertPointToOverlay(point);
         return !m_stampViewToolbar->childAt(
@@ -157,6 +165,14 @@ void KRPDFView::keyPressEvent(QKeyEvent *event)
     }
 }
 
+// Closing a panel or the find bar gives the keys back to the view: while a text is edited, they are its editor's.
+void KRPDFView::focusInEvent(QFocusEvent *event)
+{
+    PDFView::focusInEvent(event);
+    if (isEditingText())
+        textEditor()->setFocus();
+}
+
 void KRPDFView::moveSelectedStampViewByX(float dx, float dy)
 {
     if (!m_selectedStampView)
@@ -172,6 +188,5 @@ void KRPDFView::moveSelectedStampViewByX(float dx, float dy)
     if (stamp.frame() == before)
         return;
     annotationsChangedOnPage(page);
-    if (m_undoManager)
-        m_undoManager->noteChangeWithoutStep();
+    noteChangeWithoutStep();
 }

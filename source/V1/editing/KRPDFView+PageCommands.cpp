@@ -42,6 +42,7 @@ void KRPDFView::rotatePageByAngle(PDFPage &page, double angle)
 {
     if (angle == 0)
         return;
+    endTextEditing();
     page.setRotation(static_cast<int>(std::trunc(page.rotation() + angle)));
     annotationsChangedOnPage(&page);
     layoutDocumentView();
@@ -60,6 +61,7 @@ void KRPDFView::flipDocument()
 {
     if (!document())
         return;
+    endTextEditing();
     const int count = document()->pageCount();
     for (int i = 0; i < count; ++i) {
         PDFPage *page = document()->pageAtIndex(i);
@@ -84,6 +86,7 @@ void KRPDFView::printWithInfo(const PrintInfo &info, AutoRotate autoRotate)
 
 void KRPDFView::printWithInfo(const PrintInfo &info, AutoRotate autoRotate, PageScaling pageScaling)
 {
+    endTextEditing(); // a text being edited is not drawn
     if (document() && document()->state() == PDFDocument::State::Open)
         runPrintOperation(*this, document()->printOperationForPrintInfo(info, pageScaling, autoRotate));
 }

@@ -8,6 +8,8 @@
 #include "platform/core/NotificationCenter.h"
 #include "platform/pdf/PDFDocument.h"
 
+#include <QAction>
+
 #include <algorithm>
 
 using namespace inkory;
@@ -29,13 +31,23 @@ KRPDFView::~KRPDFView() = default;
 void KRPDFView::awakeFromNib()
 {
     m_overlays.setUp();
+    m_textEditing.setUp();
+    connectToolbar();
     connect(this, &PDFView::currentPageChanged, this, &KRPDFView::updateStampViewOverlay);
     connect(this, &PDFView::scaleFactorChanged, this, &KRPDFView::updateStampViewOverlay);
-    if (m_rotateStampCWButton)
-        connect(m_rotateStampCWButton, &QAbstractButton::clicked, this, &KRPDFView::rotateSelectedStampClockwise);
-    if (m_rotateStampCCWButton)
-        connect(m_rotateStampCCWButton, &QAbstractButton::clicked, this,
-                &KRPDFView::rotateSelectedStampCounterClockwise);
+}
+
+void KRPDFView::connectToolbar()
+{
+    const auto connectButton = [this](QAbstractButton *button, auto action) {
+        if (button)
+            connect(button, &QAbstractButton::clicked, this, action);
+    };
+    connectButton(m_rotateStampCWButton, [this] { rotateSelectedStampClockwise(); });
+    connectButton(m_rotateStampCCWButton, [this] { rotateSelectedStampCounterClockwise(); });
+    connectButton(m_textEditButton, [this] { editSelectedStamp(); });
+    connectButton(m_textFontButton, [this] { toolbarOpenFontPanel(); });
+    connectButton(m_textColorButton, [this] { toolbarOpenColorPanel(); });
 }
 
 void KRPDFView::windowDidLoad()
@@ -60,6 +72,7 @@ void KRPDFView::setSelectedStampView(const std::shared_ptr<KRStamp> &stamp)
     if (stamp && stamp == m_selectedStampView)
         return;
     m_interaction.finish(); // of what was held until now
+    endTextEditing();
     if (m_selectedStampView)
         m_selectedStampView->setStampMode(StampModeNormal);
     const std::shared_ptr<KRStamp> former = std::exchange(m_selectedStampView, stamp);
@@ -77,6 +90,29 @@ void KRPDFView::setSelectedStampView(const std::shared_ptr<KRStamp> &stamp)
         setNeedsDisplayInRect(stampRect(*former));
     updateStampViewOverlay();
     Q_EMIT selectionChanged();
+}
+
+void KRPDFView::editSelectedStamp()
+{
+    if (m_selectedStampView && m_selectedStampView->isEditable() && !isEditingText()) {
+        startTextEditing();
+    } else {
+        endTextEditing();
+        if (m_selectedStampView)
+            m_selectedStampView->setStampMode(StampModeNormal);
+        setFocus();
+    }
+    updateStampViewOverlay();
+}
+
+bool KRPDFView::canSetFontAndColor() const
+{
+    return isEditingText() || m_currentToolType == ToolTypeTextStamp;
+}
+
+void KRPDFView::bgColorSelectedAction(const QAction &sender)
+{
+    m_textEditing.setBackgroundColor(sender.data().value<QColor>());
 }
 
 void KRPDFView::setCurrentToolType(ToolType tool)
@@ -132,6 +168,16 @@ void KRPDFView::deleteStampView(const std::shared_ptr<KRStamp> &stamp)
     kept->cleanup();
     registerUndo(addStampViewOperation, QVariant::fromValue(kept), "Add/Delete Stamp");
     annotationsChangedOnPage(kept->pdfPage());
+}
+
+void KRPDFView::takeBackStampView(const std::shared_ptr<KRStamp> &stamp)
+{
+    std::erase(m_stampViews, stamp);
+    if (stamp == m_selectedStampView)
+        setSelectedStampView(nullptr);
+    stamp->cleanup();
+    if (m_undoManager)
+        m_undoManager->removeLastStep(*this, deleteStampViewOperation, QVariant::fromValue(stamp));
 }
 
 void KRPDFView::deleteSelectedStampView()
@@ -199,6 +245,12 @@ void KRPDFView::performUndoOperation(const QString &operation, const QVariant &a
         flipDocument();
     else
         Q_ASSERT_X(false, "KRPDFView", "unknown undo operation");
+}
+
+void KRPDFView::noteChangeWithoutStep()
+{
+    if (m_undoManager)
+        m_undoManager->noteChangeWithoutStep();
 }
 
 void KRPDFView::registerUndo(const QString &operation, const QVariant &argument, const char *actionName)

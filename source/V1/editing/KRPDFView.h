@@ -3,6 +3,7 @@
 #include "V1/editing/OverlayTracking.h"
 #include "V1/editing/PointerInteraction.h"
 #include "V1/editing/StampViewToolbar.h"
+#include "V1/editing/TextEditing.h"
 #include "V1/editing/ToolType.h"
 #include "V1/stamps/StampHost.h"
 #include "platform/core/Image.h"
@@ -12,12 +13,14 @@
 
 #include <QAbstractButton>
 #include <QPointer>
+#include <QToolButton>
 
 #include <memory>
 #include <vector>
 
 /// Posted with the view as object after it placed a stamp.
 inline const QString pdfViewAddedImageStampNotification = QStringLiteral("PDF_VIEW_ADDED_IMAGE_STAMP");
+inline const QString pdfViewAddedTextStampNotification = QStringLiteral("PDF_VIEW_ADDED_TEXT_STAMP");
 
 /// The view in which stamps are placed, selected, turned and deleted over the pages of a document, and which carries
 /// the page commands. Stamps are no widgets: their pages draw them; this view keeps the list of the stamps that it
@@ -49,6 +52,14 @@ public:
     void setRotateStampCWButton(QAbstractButton *button) { m_rotateStampCWButton = button; }
     QAbstractButton *rotateStampCCWButton() const { return m_rotateStampCCWButton; }
     void setRotateStampCCWButton(QAbstractButton *button) { m_rotateStampCCWButton = button; }
+    QAbstractButton *textEditButton() const { return m_textEditButton; }
+    void setTextEditButton(QAbstractButton *button) { m_textEditButton = button; }
+    QAbstractButton *textFontButton() const { return m_textFontButton; }
+    void setTextFontButton(QAbstractButton *button) { m_textFontButton = button; }
+    QAbstractButton *textColorButton() const { return m_textColorButton; }
+    void setTextColorButton(QAbstractButton *button) { m_textColorButton = button; }
+    QToolButton *textBGColorButton() const { return m_textBGColorButton; }
+    void setTextBGColorButton(QToolButton *button) { m_textBGColorButton = button; }
 
     /// Every stamp placed through this view, in the order of hit-testing: the first one wins where stamps overlap.
     const StampList &stampViews() const { return m_stampViews; }
@@ -72,6 +83,8 @@ public:
     /// Places a stamp with the stamp image centred on the point of the nearest page, and selects it. Does nothing
     /// without an image; says placementRefused() while the document takes no stamps.
     void addImageStampView(const inkory::ViewPoint &point);
+    /// Places an empty text whose first character will stand at the point, and starts editing it; refuses likewise.
+    void addTextStampView(const inkory::ViewPoint &point) { m_textEditing.addTextStampView(point); }
     void addStampView(const std::shared_ptr<KRStamp> &stamp);
     void deleteStampView(const std::shared_ptr<KRStamp> &stamp);
     void deleteSelectedStampView();
@@ -79,6 +92,25 @@ public:
     void forceBoundsForSelectedStampView();
     void rotateSelectedStampClockwise();
     void rotateSelectedStampCounterClockwise();
+
+    /// Opens the editor over the selected text stamp; nothing without one.
+    void startTextEditing() { m_textEditing.startTextEditing(); }
+    /// What was typed becomes the stamp's. Harmless when nothing is edited.
+    void endTextEditing() { m_textEditing.endTextEditing(); }
+    bool isEditingText() const { return m_textEditing.isEditing(); }
+    /// The toolbar's edit button: starts or ends editing.
+    void editSelectedStamp();
+    bool canSetFontAndColor() const;
+    void toolbarOpenFontPanel() { m_textEditing.openFontPanel(); }
+    void toolbarOpenColorPanel() { m_textEditing.openColorPanel(); }
+    /// An entry of the toolbar's menu, whose data is the colour that goes behind the text.
+    void bgColorSelectedAction(const QAction &sender);
+    TextStampEditor *textEditor() const { return m_textEditing.textEditor(); }
+    /// Where to click so that a new text's first character stands at this place, its left end on the baseline.
+    inkory::ViewPoint textPlacementPoint(const inkory::ViewPoint &baselineStart) const
+    {
+        return m_textEditing.placementPoint(baselineStart);
+    }
 
     /// Nudges the selected stamp across the screen (x to the right, y upward, page units at any zoom), not beyond its
     /// page, and scrolls to it. No undo step of its own: it joins the stamp's next one.
@@ -116,6 +148,14 @@ Q_SIGNALS:
     /// A click wanted to place a stamp, but the document takes none (yet).
     void placementRefused();
     void selectionChanged();
+    /// An edit of a text began or ended.
+    void editingTextChanged();
+    /// What canUndo() and canRedo() of the text editor answer may have changed.
+    void typingUndoChanged();
+    /// Not all of what was to be inserted into a text was taken: why, for the person.
+    void textRefused(const QString &reason);
+    /// Another font is used than the chosen one, which must not be stored in documents.
+    void fontReplaced(const QString &chosen, const QString &used);
 
 protected:
     void viewWillDraw() override;
@@ -128,8 +168,15 @@ protected:
     void mouseReleaseEvent(QMouseEvent *event) override;
     void mouseMoveEvent(QMouseEvent *event) override;
     void keyPressEvent(QKeyEvent *event) override;
+    void focusInEvent(QFocusEvent *event) override;
 
 private:
+    friend class TextEditing;
+
+    /// A stamp that was placed but never held anything goes as if it had not been placed.
+    void takeBackStampView(const std::shared_ptr<KRStamp> &stamp);
+    void noteChangeWithoutStep();
+    void connectToolbar();
     /// Undo of a page's turning: {"page", "angle" in degrees}.
     void rotateCurrentPageByAngleObject(const QVariantMap &step);
     void rotatePageByAngle(inkory::PDFPage &page, double angle);
@@ -140,10 +187,15 @@ private:
     QPointer<StampViewToolbar> m_stampViewToolbar;
     QPointer<QAbstractButton> m_rotateStampCWButton;
     QPointer<QAbstractButton> m_rotateStampCCWButton;
+    QPointer<QAbstractButton> m_textEditButton;
+    QPointer<QAbstractButton> m_textFontButton;
+    QPointer<QAbstractButton> m_textColorButton;
+    QPointer<QToolButton> m_textBGColorButton;
     StampList m_stampViews;
     std::shared_ptr<KRStamp> m_selectedStampView;
     inkory::ImagePtr m_stampImage;
     ToolType m_currentToolType = ToolTypeSelect;
     OverlayTracking m_overlays;
     PointerInteraction m_interaction{*this, m_overlays};
+    TextEditing m_textEditing{*this, m_overlays};
 };

@@ -11,6 +11,7 @@
 #include <QPixmap>
 
 #include <algorithm>
+#include <array>
 #include <cmath>
 #include <vector>
 
@@ -50,6 +51,19 @@ const QCursor &OverlayTracking::resizeCursor()
 {
     static const QCursor cursor = centredCursor(resizeCursorImage());
     return cursor;
+}
+
+const QCursor &OverlayTracking::textStampCursor()
+{
+    static const QCursor cursor = centredCursor(cursorImageNamed(QStringLiteral("text-cursor"), 1));
+    return cursor;
+}
+
+double OverlayTracking::textCursorDescent()
+{
+    const QCursor &cursor = textStampCursor();
+    const QPixmap image = cursor.pixmap();
+    return image.deviceIndependentSize().height() - cursor.hotSpot().y();
 }
 
 QSizeF OverlayTracking::resizeCursorSize()
@@ -112,6 +126,25 @@ void OverlayTracking::updateButtons(const KRStamp *selected)
     for (QAbstractButton *button : {m_view.rotateStampCWButton(), m_view.rotateStampCCWButton()}) {
         if (button)
             button->setEnabled(turnable);
+    }
+    updateTextButtons(selected);
+}
+
+void OverlayTracking::updateTextButtons(const KRStamp *selected)
+{
+    const bool isShown = selected && selected->isEditable();
+    const bool isEditing = isShown && selected->stampMode() == StampModeEditing;
+    if (QAbstractButton *edit = m_view.textEditButton())
+        edit->setChecked(isEditing);
+    for (QAbstractButton *button : {m_view.textFontButton(), m_view.textColorButton()}) {
+        if (button)
+            button->setEnabled(isEditing);
+    }
+    const std::array<QAbstractButton *, 4> all{m_view.textEditButton(), m_view.textFontButton(),
+                                               m_view.textColorButton(), m_view.textBGColorButton()};
+    for (QAbstractButton *button : all) {
+        if (button)
+            button->setVisible(isShown);
     }
 }
 
@@ -184,7 +217,7 @@ OverlayTracking::CursorKind OverlayTracking::cursorOverPages(const ViewPoint &po
 {
     switch (m_view.currentToolType()) {
     case ToolTypeTextStamp:
-        return CursorKind::IBeam;
+        return CursorKind::TextStamp;
     case ToolTypeImageStamp:
         return CursorKind::ImageStamp;
     default:
@@ -210,6 +243,9 @@ void OverlayTracking::setCursor(CursorKind kind)
         break;
     case CursorKind::ImageStamp:
         m_view.viewport()->setCursor(imageStampCursor());
+        break;
+    case CursorKind::TextStamp:
+        m_view.viewport()->setCursor(textStampCursor());
         break;
     case CursorKind::PointingHand:
         m_view.viewport()->setCursor(Qt::PointingHandCursor);

@@ -57,11 +57,16 @@ public:
     static const QCursor &resizeCursor();
     /// In device-independent pixels; also the size of the resize handle.
     static QSizeF resizeCursorSize();
+    static const QCursor &textStampCursor();
+    /// How far below the text cursor's hot spot its image ends, in device-independent pixels: there the baseline of a
+    /// new text stands.
+    static double textCursorDescent();
 
 private:
-    enum class CursorKind { None, Arrow, IBeam, PointingHand, ImageStamp, Resize };
+    enum class CursorKind { None, Arrow, IBeam, PointingHand, ImageStamp, TextStamp, Resize };
 
     void updateButtons(const KRStamp *selected);
+    void updateTextButtons(const KRStamp *selected);
     void layOutToolbar();
     void placeToolbar(const inkory::OverlayRect &stampRect);
     CursorKind cursorFor(const inkory::ViewPoint &point, const KRStamp *stampAtPoint) const;

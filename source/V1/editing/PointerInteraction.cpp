@@ -35,28 +35,40 @@ PointerInteraction::Claim PointerInteraction::press(const ViewPoint &point)
     std::shared_ptr<KRStamp> hit = m_view.stampViewForPoint(point);
     const ToolType tool = m_view.currentToolType();
     const bool isKnownTool = tool >= ToolTypeSelect && tool <= ToolTypeTextStamp;
+    const bool isOnToolbar = m_overlays.toolbarRect().contains(point);
     Claim claim = Claim::Claimed;
-    if (!hit && tool == ToolTypeImageStamp) { // does not ask for the toolbar
-        placeStamp(point);
-    } else if (hit || isKnownTool || m_overlays.toolbarRect().contains(point)) {
-        hit = grab(hit, press, point);
-        m_view.setSelectedStampView(hit);
-        if (hit) {
-            press.resizing = m_overlays.isOnHandle(point);
-            press.grip = m_view.convertPointToPage(point, hit->pdfPage());
-            press.before = hit->placement();
-        } else {
-            claim = Claim::HandedOn;
-        }
-    }
+    if (!hit && (tool == ToolTypeImageStamp || (tool == ToolTypeTextStamp && !isOnToolbar)))
+        placeStamp(point); // of an image also where the toolbar is
+    else if (hit || isKnownTool || isOnToolbar)
+        claim = take(grab(hit, press, point), press, point);
     m_press = press;
     return claim;
 }
 
 void PointerInteraction::placeStamp(const ViewPoint &point)
 {
-    if (m_view.getDocumentViewFrameInPDFViewCords().contains(point))
+    if (!m_view.getDocumentViewFrameInPDFViewCords().contains(point))
+        return;
+    if (m_view.currentToolType() == ToolTypeImageStamp) {
         m_view.addImageStampView(point);
+    } else {
+        m_view.endTextEditing();
+        m_view.addTextStampView(point);
+    }
+}
+
+PointerInteraction::Claim PointerInteraction::take(const std::shared_ptr<KRStamp> &hit, Press &press,
+                                                   const ViewPoint &point)
+{
+    const bool wasSelected = hit && hit.get() == m_view.selectedStampView();
+    m_view.setSelectedStampView(hit);
+    if (!hit)
+        return Claim::HandedOn;
+    press.mayEnterEditMode = press.mayEnterEditMode && wasSelected;
+    press.resizing = m_overlays.isOnHandle(point);
+    press.grip = m_view.convertPointToPage(point, hit->pdfPage());
+    press.before = hit->placement();
+    return Claim::Claimed;
 }
 
 // Which stamp the press takes: the one under it, or the selected one by its overlay or by the toolbar's background.
@@ -67,10 +79,16 @@ std::shared_ptr<KRStamp> PointerInteraction::grab(std::shared_ptr<KRStamp> hit, 
         if (!hit && selected && m_overlays.selectionRect().contains(point))
             hit = selected->shared_from_this();
         press.mouseDownInStampView = hit != nullptr;
+        press.mayEnterEditMode = hit != nullptr;
     }
     if (!press.mouseDownInStampView && selected && m_overlays.isToolbarShown() &&
         m_overlays.toolbarRect().contains(point)) {
+        m_view.endTextEditing();
+        selected = m_view.selectedStampView();
+        if (!selected)
+            return nullptr; // its text was empty
         press.mouseDownInStampView = true;
+        press.mayEnterEditMode = false;
         selected->setStampMode(StampModeNormal);
         hit = selected->shared_from_this();
         m_view.setFocus();
@@ -96,6 +114,7 @@ PointerInteraction::Claim PointerInteraction::drag(const ViewPoint &point, Qt::K
 void PointerInteraction::dragTo(const ViewPoint &point)
 {
     KRStamp &stamp = *m_view.selectedStampView();
+    m_press->mayEnterEditMode = false;
     m_view.setNeedsDisplayInRect(m_view.stampRect(stamp));
     stamp.setStampMode(StampModeDragging);
     const OverlayPoint place = m_view.convertPointToOverlay(point);
@@ -157,8 +176,14 @@ void PointerInteraction::restoreTrackingPoint(KRStamp &stamp) const
 
 void PointerInteraction::release()
 {
+    const bool entersEditMode = m_press && m_press->mayEnterEditMode && !m_press->isOver;
     finish();
     m_press.reset();
+    const KRStamp *stamp = m_view.selectedStampView();
+    if (!entersEditMode || !stamp || !stamp->isEditable())
+        return;
+    m_view.startTextEditing();
+    m_view.updateStampViewOverlay();
 }
 
 void PointerInteraction::finish()

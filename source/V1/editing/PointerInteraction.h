@@ -46,6 +46,7 @@ private:
     {
         bool mouseDownInStampView = false; ///< Its drags move or resize the selected stamp.
         bool resizing = false;             ///< It began on the resize handle.
+        bool mayEnterEditMode = false;     ///< On the stamp that was selected already: unless dragged, it is edited.
         bool isOver = false;               ///< Finished or cancelled before its release.
         Qt::KeyboardModifiers modifiers;   ///< Of the last drag.
         inkory::OverlayPoint start;
@@ -56,6 +57,7 @@ private:
 
     void placeStamp(const inkory::ViewPoint &point);
     std::shared_ptr<KRStamp> grab(std::shared_ptr<KRStamp> hit, Press &press, const inkory::ViewPoint &point);
+    Claim take(const std::shared_ptr<KRStamp> &hit, Press &press, const inkory::ViewPoint &point);
     void dragTo(const inkory::ViewPoint &point);
     void resizeStep(KRStamp &stamp, const PointerStep &step);
     void moveStep(KRStamp &stamp, const PointerStep &step);

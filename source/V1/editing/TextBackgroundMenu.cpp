@@ -52,7 +52,7 @@ void paintSwatch(QPainter &painter, const QColor &color)
     if (color.alpha() != 0)
         return;
     painter.setRenderHint(QPainter::Antialiasing);
-    painter.setPen(QPen(Qt::red, 1));
+    painter.setPen(QPen(Qt::red, 1, Qt::SolidLine, Qt::FlatCap));
     painter.drawLine(1, 1, 25, 15);
     painter.drawLine(1, 15, 25, 1);
 }

@@ -114,13 +114,13 @@ protected:
     virtual void drawStampInRect(const QRectF &rect, float frac);
 
     inkory::StampHost *pdfView() const { return m_pdfView; }
+    void registerUndo(const QString &operation, const QVariant &argument, const char *actionName);
+    void postNeedsRefresh(const QVariantMap &userInfo = {});
 
 private:
     void moveToTop(KRPDFPage &page);
     void rotateWithObject(int quarterTurns);
     void updateFrameAndPage(const QVariantMap &former);
-    void registerUndo(const QString &operation, const QVariant &argument, const char *actionName);
-    void postNeedsRefresh(const QVariantMap &userInfo = {});
     float opacity() const;
 
     inkory::PageRect m_frame;

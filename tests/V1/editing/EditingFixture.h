@@ -30,6 +30,11 @@ protected:
         view->setStampViewToolbar(toolbar);
         view->setRotateStampCWButton(addButton(toolbar, 6));
         view->setRotateStampCCWButton(addButton(toolbar, 5));
+        view->setTextEditButton(addButton(toolbar, 1));
+        view->textEditButton()->setCheckable(true);
+        view->setTextFontButton(addButton(toolbar, 2));
+        view->setTextColorButton(addButton(toolbar, 3));
+        view->setTextBGColorButton(addButton(toolbar, 4));
         view->setUndoManager(&undoManager);
         view->awakeFromNib();
         window.resize(700, 500);
