@@ -1,6 +1,7 @@
 // Runs the program's own code without a window manager, for measuring from outside:
 //   inkory_probe open FILE [--password P]
 //   inkory_probe stamp IN IMAGE PAGE X Y OUT [--password P]
+//   inkory_probe text IN PAGE X Y OUT --text TEXT [--family F] [--size S] [--password P]
 //   inkory_probe draw IN PAGE SCALE OUT.png [--password P]
 //   inkory_probe session --image IMAGE --out FOLDER FILE...    see ProbeSession.h
 // Pages count from 1; X and Y are in the page's own space; SCALE is in pixels per point.
@@ -36,6 +37,7 @@ QString usage()
 {
     return QStringLiteral("inkory_probe open FILE [--password P]\n"
                           "inkory_probe stamp IN IMAGE PAGE X Y OUT [--password P]\n"
+                          "inkory_probe text IN PAGE X Y OUT --text TEXT [--family F] [--size S] [--password P]\n"
                           "inkory_probe draw IN PAGE SCALE OUT.png [--password P]\n"
                           "inkory_probe session --image IMAGE --out FOLDER FILE...");
 }
@@ -84,6 +86,15 @@ int stamp(const QStringList &arguments, const QString &password)
     return saved ? Success : fail(saved.error().message);
 }
 
+int text(const QStringList &arguments, const QString &password, const ProbeText &written)
+{
+    PDFDocumentModel model;
+    openAndSettle(model, arguments[0], password);
+    const Result<void> saved = writeAndSave(model, written, arguments[1].toInt() - 1,
+                                            {arguments[2].toDouble(), arguments[3].toDouble()}, arguments[4]);
+    return saved ? Success : fail(saved.error().message);
+}
+
 // session --image IMAGE --out FOLDER FILE...
 int session(EventTimer &application, const QStringList &arguments)
 {
@@ -125,6 +136,17 @@ int draw(const QStringList &arguments, const QString &password)
     return saved ? Success : fail(QStringLiteral("the picture could not be written"));
 }
 
+// Takes an option with its value out of the words; the fallback where it is not there.
+QString takeOption(QStringList &words, const QString &name, const QString &fallback = {})
+{
+    const auto place = words.indexOf(name);
+    if (place <= 0 || place + 1 >= words.size())
+        return fallback;
+    const QString value = words[place + 1];
+    words.remove(place, 2);
+    return value;
+}
+
 } // namespace
 
 int main(int argc, char **argv)
@@ -138,18 +160,18 @@ int main(int argc, char **argv)
 
     // Everything is taken by its place: coordinates may be negative and are no options then.
     QStringList words = QCoreApplication::arguments();
-    QString password;
-    const auto option = words.indexOf(QStringLiteral("--password"));
-    if (option > 0 && option + 1 < words.size()) {
-        password = words[option + 1];
-        words.remove(option, 2);
-    }
+    const QString password = takeOption(words, QStringLiteral("--password"));
+    const QString family = takeOption(words, QStringLiteral("--family"));
+    const QString size = takeOption(words, QStringLiteral("--size"), QStringLiteral("12"));
+    const QString written = takeOption(words, QStringLiteral("--text"));
     const QString command = words.value(1);
     const QStringList arguments = words.mid(2);
     if (command == QLatin1String("open") && arguments.size() == 1)
         return open(arguments[0], password);
     if (command == QLatin1String("stamp") && arguments.size() == 6)
         return stamp(arguments, password);
+    if (command == QLatin1String("text") && arguments.size() == 5 && !written.isEmpty())
+        return text(arguments, password, {written, family, size.toDouble()});
     if (command == QLatin1String("draw") && arguments.size() == 4)
         return draw(arguments, password);
     if (command == QLatin1String("session"))

@@ -1,13 +1,16 @@
 #include "tools/ProbeDocument.h"
 
 #include "V1/editing/KRPDFView.h"
+#include "V1/editing/TextStampEditor.h"
 #include "V1/stamps/KRPDFPage.h"
 #include "V1/stamps/KRStamp.h"
+#include "platform/widgets/FontManager.h"
 
 #include <QCoreApplication>
 #include <QElapsedTimer>
 #include <QEventLoop>
 #include <QFileInfo>
+#include <QGuiApplication>
 
 #include <optional>
 
@@ -38,8 +41,21 @@ void openAndSettle(PDFDocumentModel &model, const QString &path, const QString &
     }
 }
 
-Result<void> stampAndSave(PDFDocumentModel &model, const ImagePtr &image, int pageIndex, QPointF centre,
-                          const QString &path)
+namespace
+{
+
+Result<void> save(PDFDocumentModel &model, const QString &path)
+{
+    std::optional<Result<void>> outcome;
+    model.saveToURL(QUrl::fromLocalFile(QFileInfo(path).absoluteFilePath()),
+                    [&](const Result<void> &saved) { outcome = saved; });
+    waitUntil([&] { return outcome.has_value(); }, 400'000);
+    return outcome.value_or(Error{QStringLiteral("the save did not end")});
+}
+
+// Lets `place` put one stamp onto the page in an editing view that shows it, and saves.
+Result<void> placeAndSave(PDFDocumentModel &model, int pageIndex, const QString &path,
+                          const std::function<void(KRPDFView &, const PDFPage &)> &place)
 {
     KRPDFDocument &document = *model.pdfDoc();
     if (!document.canSave())
@@ -52,16 +68,37 @@ Result<void> stampAndSave(PDFDocumentModel &model, const ImagePtr &image, int pa
     view.setUndoManager(&model.undoManager());
     view.resize(800, 600);
     view.setDocument(&document);
-    view.setStampImage(image);
     view.goToPage(pageIndex);
-    view.addImageStampView(view.convertPointFromPage({centre.x(), centre.y()}, page));
+    place(view, *page);
     if (view.stampViews().size() != 1 || view.stampViews()[0]->pdfPage() != page)
         return Error{QStringLiteral("the stamp did not come to stand on the page")};
-
-    std::optional<Result<void>> outcome;
-    model.saveToURL(QUrl::fromLocalFile(QFileInfo(path).absoluteFilePath()),
-                    [&](const Result<void> &saved) { outcome = saved; });
-    waitUntil([&] { return outcome.has_value(); }, 400'000);
+    const Result<void> saved = save(model, path);
     view.setDocument(nullptr);
-    return outcome.value_or(Error{QStringLiteral("the save did not end")});
+    return saved;
+}
+
+} // namespace
+
+Result<void> stampAndSave(PDFDocumentModel &model, const ImagePtr &image, int pageIndex, QPointF centre,
+                          const QString &path)
+{
+    return placeAndSave(model, pageIndex, path, [&](KRPDFView &view, const PDFPage &page) {
+        view.setStampImage(image);
+        view.addImageStampView(view.convertPointFromPage({centre.x(), centre.y()}, &page));
+    });
+}
+
+Result<void> writeAndSave(PDFDocumentModel &model, const ProbeText &text, int pageIndex, QPointF baselineStart,
+                          const QString &path)
+{
+    QFont font = text.family.isEmpty() ? QGuiApplication::font() : QFont(text.family);
+    font.setPointSizeF(text.pointSize);
+    sharedFontManager().setSelectedFont(font);
+    sharedFontManager().setSelectedColor(Qt::black);
+    return placeAndSave(model, pageIndex, path, [&](KRPDFView &view, const PDFPage &page) {
+        const ViewPoint start = view.convertPointFromPage({baselineStart.x(), baselineStart.y()}, &page);
+        view.addTextStampView(view.textPlacementPoint(start));
+        view.textEditor()->insertPlainText(text.text);
+        view.endTextEditing();
+    });
 }

@@ -21,3 +21,16 @@ void openAndSettle(PDFDocumentModel &model, const QString &path, const QString &
 /// and saves to the path.
 inkory::Result<void> stampAndSave(PDFDocumentModel &model, const inkory::ImagePtr &image, int pageIndex, QPointF centre,
                                   const QString &path);
+
+/// A text as it is typed, in one font.
+struct ProbeText
+{
+    QString text;
+    QString family; // empty: the program's own choice
+    double pointSize = 12;
+};
+
+/// Writes the text on the page (from 0), the left end of its first base line at the point in the page's space, through
+/// the editing view's placement and its editor, and saves to the path.
+inkory::Result<void> writeAndSave(PDFDocumentModel &model, const ProbeText &text, int pageIndex, QPointF baselineStart,
+                                  const QString &path);
