@@ -1,6 +1,7 @@
 #include "V1/application/DocumentWindow.h"
 
 #include "V1/application/SidePanelWidth.h"
+#include "V1/editing/TextBackgroundMenu.h"
 #include "platform/widgets/InterfaceDescriptions.h"
 #include "platform/widgets/NamedImages.h"
 #include "platform/widgets/OutlineView.h"
@@ -9,6 +10,7 @@
 #include <QComboBox>
 #include <QEvent>
 #include <QHBoxLayout>
+#include <QMenu>
 #include <QToolButton>
 
 #include "ui_PDFDocumentWindow.h"
@@ -76,7 +78,6 @@ void DocumentWindow::makeToolBar()
     tools->addSegment(tr("Select (V)"), {}, 0);
     tools->addSegment(tr("Signature (S)"), {}, 1);
     tools->addSegment(tr("Text (T)"), {}, 2);
-    tools->setSegmentVisible(2, false);
     addSignatureButton();
     bar->addSeparator();
 
@@ -140,6 +141,7 @@ void DocumentWindow::makeStampToolbar()
 {
     m_stampToolbar = new StampViewToolbar(m_ui->pdfView);
     m_stampToolbar->setObjectName(QStringLiteral("stampViewToolbar"));
+    m_stampToolbar->setPalette(QPalette(QColor(0xef, 0xef, 0xef))); // pressed buttons suit its white, in every theme
     m_stampToolbar->resize(2, stampToolbarHeight);
     m_stampToolbar->hide();
     const auto addButton = [this](const QString &name, const QString &text, int tag) {
@@ -155,11 +157,24 @@ void DocumentWindow::makeStampToolbar()
         button->setFocusPolicy(Qt::TabFocus);
         return button;
     };
-    m_ui->pdfView->setStampViewToolbar(m_stampToolbar);
-    m_ui->pdfView->setRotateStampCCWButton(
-        addButton(QStringLiteral("rotateStampCCWButton"), tr("Turn the signature left"), 5));
-    m_ui->pdfView->setRotateStampCWButton(
-        addButton(QStringLiteral("rotateStampCWButton"), tr("Turn the signature right"), 6));
+    KRPDFView *view = m_ui->pdfView;
+    view->setStampViewToolbar(m_stampToolbar);
+    QToolButton *edit = addButton(QStringLiteral("textEditButton"), tr("Edit Text"), 1);
+    edit->setCheckable(true);
+    QToolButton *font = addButton(QStringLiteral("textFontButton"), tr("Font"), 2);
+    QToolButton *color = addButton(QStringLiteral("textColorButton"), tr("Text Color"), 3);
+    QToolButton *background = addButton(QStringLiteral("textBGColorButton"), tr("Text Background"), 4);
+    background->setMenu(new QMenu(background));
+    fillTextBackgroundMenu(*background->menu());
+    background->setPopupMode(QToolButton::InstantPopup);
+    for (QToolButton *button : {edit, font, color, background})
+        button->hide(); // until a text is selected
+    view->setTextEditButton(edit);
+    view->setTextFontButton(font);
+    view->setTextColorButton(color);
+    view->setTextBGColorButton(background);
+    view->setRotateStampCCWButton(addButton(QStringLiteral("rotateStampCCWButton"), tr("Turn left"), 5));
+    view->setRotateStampCWButton(addButton(QStringLiteral("rotateStampCWButton"), tr("Turn right"), 6));
 }
 
 void DocumentWindow::changeEvent(QEvent *event)
@@ -190,8 +205,13 @@ void DocumentWindow::applyIcons()
     setIcons("rotateControl", {"rotate-left", "rotate-right", "flip"});
     // The stamp toolbar is white in every theme.
     const QColor onWhite(0x3b, 0x3f, 0x45);
-    m_ui->pdfView->rotateStampCCWButton()->setIcon(iconNamed(QStringLiteral("stamp-rotate-left"), onWhite));
-    m_ui->pdfView->rotateStampCWButton()->setIcon(iconNamed(QStringLiteral("stamp-rotate-right"), onWhite));
+    for (const auto &[button, name] : {std::pair{"textEditButton", "text-edit"},
+                                       {"textFontButton", "text-font"},
+                                       {"textColorButton", "text-color"},
+                                       {"textBGColorButton", "text-background"},
+                                       {"rotateStampCCWButton", "stamp-rotate-left"},
+                                       {"rotateStampCWButton", "stamp-rotate-right"}})
+        findChild<QToolButton *>(QLatin1String(button))->setIcon(iconNamed(QLatin1String(name), onWhite));
 
     const QColor ground = mixed(palette().color(QPalette::Window), QColor(0x70, 0x74, 0x7a), groundMix);
     setGround(m_ui->pdfView->viewport(), QPalette::Base, ground);

@@ -1,6 +1,7 @@
 #include "V1/application/PDFDocumentModel.h"
 
 #include "V1/application/PDFWindowController.h"
+#include "V1/editing/KRPDFView.h"
 #include "platform/widgets/Alert.h"
 #include "platform/widgets/DocumentController.h"
 
@@ -86,6 +87,12 @@ QString PDFDocumentModel::reasonNotToSave() const
     if (!m_pdfDoc->isGeometrySettled())
         return tr("The document is still being checked. Try again in a moment.");
     return m_pdfDoc->canSave() ? QString() : m_pdfDoc->readOnlyReason();
+}
+
+void PDFDocumentModel::commitEditing()
+{
+    if (m_pdfWindowController && m_pdfWindowController->pdfView())
+        m_pdfWindowController->pdfView()->endTextEditing();
 }
 
 void PDFDocumentModel::saveDocument(QObject *sender)

@@ -32,6 +32,8 @@ public:
     inkory::Result<QByteArray> dataOfType(const QString &typeName) override;
     std::function<inkory::Result<QByteArray>()> snapshotForWriting() override;
     QString reasonNotToSave() const override;
+    /// Ends the editing of a text.
+    void commitEditing() override;
 
     /// Asks first, because saving cannot be taken back: stamps become part of their pages.
     void saveDocument(QObject *sender) override;

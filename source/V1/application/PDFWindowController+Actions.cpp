@@ -6,6 +6,7 @@
 #include "V1/application/DocumentStatusBar.h"
 #include "V1/application/NoticeStrip.h"
 #include "V1/editing/KRPDFView.h"
+#include "V1/editing/TextStampEditor.h"
 #include "V1/stamps/KRPDFDocument.h"
 #include "platform/core/DisplayText.h"
 #include "platform/widgets/Alert.h"
@@ -83,32 +84,52 @@ void PDFWindowController::connectEditActions()
     auto *deleteAction = outlet<QAction>(*window(), QStringLiteral("actionDelete"));
     connect(deleteAction, &QAction::triggered, m_pdfView, &KRPDFView::deleteSelectedStampView);
     const auto updateDelete = [this, deleteAction] {
-        deleteAction->setEnabled(m_pdfView->selectedStampView() != nullptr);
+        deleteAction->setEnabled(m_pdfView->selectedStampView() && !m_pdfView->isEditingText());
     };
     connect(m_pdfView, &KRPDFView::selectionChanged, this, updateDelete);
+    connect(m_pdfView, &KRPDFView::editingTextChanged, this, updateDelete);
     updateDelete();
-    if (document()) {
-        UndoManager *undoManager = &document()->undoManager();
-        onTriggered("actionUndo", [undoManager] { undoManager->undo(); });
-        onTriggered("actionRedo", [undoManager] { undoManager->redo(); });
-        connect(undoManager, &UndoManager::changed, this, &PDFWindowController::updateUndoActions);
-    }
+    onTriggered("actionUndo", [this] { undo(); });
+    onTriggered("actionRedo", [this] { redo(); });
+    if (document())
+        connect(&document()->undoManager(), &UndoManager::changed, this, &PDFWindowController::updateUndoActions);
+    connect(m_pdfView, &KRPDFView::editingTextChanged, this, &PDFWindowController::updateUndoActions);
+    connect(m_pdfView, &KRPDFView::typingUndoChanged, this, &PDFWindowController::updateUndoActions);
     updateUndoActions();
+}
+
+// While a text is edited, its typing has a history of its own.
+void PDFWindowController::undo()
+{
+    if (m_pdfView->isEditingText())
+        m_pdfView->textEditor()->undo();
+    else if (document())
+        document()->undoManager().undo();
+}
+
+void PDFWindowController::redo()
+{
+    if (m_pdfView->isEditingText())
+        m_pdfView->textEditor()->redo();
+    else if (document())
+        document()->undoManager().redo();
 }
 
 void PDFWindowController::updateUndoActions()
 {
     const UndoManager *undoManager = document() ? &document()->undoManager() : nullptr;
+    const bool isTyping = m_pdfView->isEditingText();
     const auto show = [this](const char *actionName, bool enabled, const QString &text) {
         auto *action = window()->findChild<QAction *>(QLatin1String(actionName));
         action->setEnabled(enabled);
         action->setText(text.trimmed());
         action->setToolTip(text.trimmed().replace(QLatin1String("&&"), QLatin1String("&")));
     };
-    show("actionUndo", undoManager && undoManager->canUndo(),
-         tr("Undo %1").arg(undoManager ? undoManager->undoActionName() : QString()));
-    show("actionRedo", undoManager && undoManager->canRedo(),
-         tr("Redo %1").arg(undoManager ? undoManager->redoActionName() : QString()));
+    const auto name = [&](const QString &ofDocument) { return isTyping ? tr("Typing") : ofDocument; };
+    show("actionUndo", isTyping ? m_pdfView->textEditor()->canUndo() : undoManager && undoManager->canUndo(),
+         tr("Undo %1").arg(name(undoManager ? undoManager->undoActionName() : QString())));
+    show("actionRedo", isTyping ? m_pdfView->textEditor()->canRedo() : undoManager && undoManager->canRedo(),
+         tr("Redo %1").arg(name(undoManager ? undoManager->redoActionName() : QString())));
 }
 
 void PDFWindowController::connectViewActions()
@@ -126,7 +147,7 @@ void PDFWindowController::connectViewActions()
     onTriggered("actionRotateLeft", [this] { m_pdfView->rotateCurrentPageCounterClockwise(); });
     onTriggered("actionRotateRight", [this] { m_pdfView->rotateCurrentPageClockwise(); });
     onTriggered("actionFlip", [this] { m_pdfView->flipDocument(); });
-    for (const char *tool : {"actionSelectTool", "actionSignatureTool"}) {
+    for (const char *tool : {"actionSelectTool", "actionSignatureTool", "actionTextTool"}) {
         const auto *item = outlet<QAction>(*window(), QLatin1String(tool));
         onTriggered(tool, [this, item] { switchTool(item); });
     }
@@ -207,7 +228,7 @@ void PDFWindowController::updatePageCommands()
     outlet<SegmentedControl>(*window(), QStringLiteral("rotateControl"))->setEnabled(canChange);
     for (const char *name : {"actionSave", "actionSaveAs"})
         outlet<QAction>(*window(), QLatin1String(name))->setEnabled(canChange);
-    for (const char *name : {"actionSelectTool", "actionSignatureTool"})
+    for (const char *name : {"actionSelectTool", "actionSignatureTool", "actionTextTool"})
         outlet<QAction>(*window(), QLatin1String(name))->setEnabled(offersTools());
     m_toolSelectionControl->setEnabled(offersTools());
 }

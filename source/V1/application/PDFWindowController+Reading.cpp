@@ -23,6 +23,7 @@ using namespace inkory;
 void PDFWindowController::connectReadingActions()
 {
     onTriggered("actionPrint", [this] {
+        m_pdfView->endTextEditing(); // what is typed is printed, too
         if (m_pdfThumbnailView->hasFocus())
             printDocument(*m_pdfThumbnailView);
         else
@@ -42,6 +43,7 @@ void PDFWindowController::connectReadingActions()
                                            DocumentStatusBar::Stay::AWhile);
     });
     connect(m_pdfView, &PDFView::historyChanged, this, &PDFWindowController::updateReadingCommands);
+    connect(m_pdfView, &KRPDFView::editingTextChanged, this, &PDFWindowController::updateReadingCommands);
     // After the press that it came from: the question runs an event loop of its own.
     connect(m_pdfView, &PDFView::addressActivated, this, &PDFWindowController::askToOpenAddress, Qt::QueuedConnection);
     m_pdfView->setContextMenuPolicy(Qt::CustomContextMenu);
@@ -54,8 +56,9 @@ void PDFWindowController::updateReadingCommands()
     const auto enable = [this](const char *name, bool enabled) {
         outlet<QAction>(*window(), QLatin1String(name))->setEnabled(enabled);
     };
-    for (const char *name : {"actionPrint", "actionSelectAll", "actionFind", "actionFindNext", "actionFindPrevious"})
+    for (const char *name : {"actionPrint", "actionFind", "actionFindNext", "actionFindPrevious"})
         enable(name, isOpen);
+    enable("actionSelectAll", isOpen && !m_pdfView->isEditingText());
     enable("actionCopy", m_pdfView->hasTextSelection());
     enable("actionBack", m_pdfView->canGoBack());
     enable("actionForward", m_pdfView->canGoForward());
@@ -63,7 +66,10 @@ void PDFWindowController::updateReadingCommands()
 
 void PDFWindowController::connectFindActions()
 {
-    onTriggered("actionFind", [this] { m_findBar->open(); });
+    onTriggered("actionFind", [this] {
+        m_pdfView->endTextEditing(); // the search takes the keyboard, and scrolls
+        m_findBar->open();
+    });
     onTriggered("actionFindNext", [this] { m_findBar->findNext(); });
     onTriggered("actionFindPrevious", [this] { m_findBar->findPrevious(); });
     connect(m_findBar, &FindBar::dismissed, m_pdfView, qOverload<>(&QWidget::setFocus));

@@ -9,6 +9,7 @@
 #include "V1/stamps/KRPDFDocument.h"
 #include "platform/core/NotificationCenter.h"
 #include "platform/core/PhysicalKeys.h"
+#include "platform/widgets/ColorPanel.h"
 #include "platform/widgets/Document.h"
 #include "platform/widgets/InterfaceDescriptions.h"
 #include "platform/widgets/OutlineView.h"
@@ -87,6 +88,7 @@ void PDFWindowController::awakeFromNib()
 
 void PDFWindowController::windowDidLoad()
 {
+    ColorPanel::closeShared(); // a text in another window may have left it open
     if (document())
         m_pdfView->setUndoManager(&document()->undoManager());
     m_pdfView->setDocument(m_pdfDoc);
@@ -103,6 +105,7 @@ void PDFWindowController::windowDidLoad()
     connectViewActions();
     connectReadingActions();
     connectFindActions();
+    connectTextActions();
     connectStatusBar();
     if (m_pdfDoc) {
         connect(m_pdfDoc, &PDFDocument::stateChanged, this, &PDFWindowController::showDocumentState);
@@ -111,14 +114,15 @@ void PDFWindowController::windowDidLoad()
     showDocumentState();
 }
 
-// The two notifications that a stamp was added call for nothing here: the tool stays, so that the next click adds
-// another.
+// The tool stays when a stamp was added, so that the next click adds another; only its hint has done its work.
 void PDFWindowController::observeNotifications()
 {
-    NotificationCenter::defaultCenter().addObserver(
-        this, pdfViewRequestChangeToolNotification, nullptr, [this](const Notification &notification) {
-            setCurrentToolType(static_cast<ToolType>(notification.userInfo.value(QStringLiteral("toolType")).toInt()));
-        });
+    NotificationCenter &center = NotificationCenter::defaultCenter();
+    center.addObserver(this, pdfViewRequestChangeToolNotification, nullptr, [this](const Notification &notification) {
+        setCurrentToolType(static_cast<ToolType>(notification.userInfo.value(QStringLiteral("toolType")).toInt()));
+    });
+    for (const QString &added : {pdfViewAddedImageStampNotification, pdfViewAddedTextStampNotification})
+        center.addObserver(this, added, m_pdfView, [this](const Notification &) { showToolHint({}); });
 }
 
 void PDFWindowController::zoom(const SegmentedControl *sender)
@@ -190,11 +194,18 @@ void PDFWindowController::setCurrentToolType(ToolType tool)
     }
     m_pdfView->setCurrentToolType(tool);
     m_currentToolType = tool;
-    const QString hint = tr("Click where the signature belongs.");
     if (tool == ToolTypeImageStamp && m_imageStampViewImage)
+        showToolHint(tr("Click where the signature belongs."));
+    else
+        showToolHint(tool == ToolTypeTextStamp ? tr("Click where the text belongs.") : QString());
+}
+
+// Empty: the last one goes, if it is still there.
+void PDFWindowController::showToolHint(const QString &hint)
+{
+    if (!hint.isEmpty() || (!m_toolHint.isEmpty() && m_statusBar->inlineMessage() == m_toolHint))
         m_statusBar->showInlineMessage(hint, DocumentStatusBar::Stay::AWhile);
-    else if (m_statusBar->inlineMessage() == hint)
-        m_statusBar->showInlineMessage({}, DocumentStatusBar::Stay::AWhile);
+    m_toolHint = hint;
 }
 
 void PDFWindowController::setImageStampViewImage(const ImagePtr &image)
@@ -228,6 +239,9 @@ bool PDFWindowController::keyDown(QKeyEvent &event)
         return true;
     case PhysicalKey::S:
         setCurrentToolType(ToolTypeImageStamp);
+        return true;
+    case PhysicalKey::T:
+        setCurrentToolType(ToolTypeTextStamp);
         return true;
     default:
         return false;

@@ -77,6 +77,7 @@ private:
     void connectReadingActions();
     void connectFindActions();
     void connectOutline();
+    void connectTextActions();
     void connectControls();
     void connectStatusBar();
     void observeNotifications();
@@ -91,16 +92,21 @@ private:
     void updateUndoActions();
     void updatePageCommands();
     void updateReadingCommands();
+    void updateTextCommands();
+    void undo();
+    void redo();
     void showContextMenu(const QPoint &place);
     void addAddressItems(QMenu &menu, const QString &address);
     void askToOpenAddress(const QString &address);
     bool offersTools() const;
     void showSignatureImage();
+    void showToolHint(const QString &hint);
     void showAbout();
 
     QPointer<KRPDFDocument> m_pdfDoc;
     inkory::ImagePtr m_imageStampViewImage;
     ToolType m_currentToolType = ToolTypeSelect;
+    QString m_toolHint; // as last shown
     bool m_hasChosenFirstZoom = false;
     bool m_isSaving = false;
     bool m_hasToldOfRepair = false;

@@ -244,6 +244,7 @@ void Document::startNextSave()
     if (m_saveIsRunning || m_saveQueue.empty())
         return;
     m_saveIsRunning = true;
+    commitEditing();
     const quint64 state = m_undoManager.stateToken();
     const QString reason = reasonNotToSave();
     std::function<Result<QByteArray>()> makeBytes;
@@ -302,6 +303,7 @@ void Document::askBeforeClosing(CloseAnswer answer)
 
 void Document::askAboutChanges()
 {
+    commitEditing();
     m_closingWaitsForSave = isSaving();
     if (m_closingWaitsForSave)
         return;

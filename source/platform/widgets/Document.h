@@ -72,6 +72,10 @@ public:
     /// Why the document cannot be saved now, for the person; empty when it can.
     virtual QString reasonNotToSave() const { return {}; }
 
+    /// Takes over what a person is still typing in a window. Called before a save takes its snapshot, and before the
+    /// question about changes.
+    virtual void commitEditing() {}
+
     /// Saves to where the document came from, or asks for a place when there is none. The sender is not looked at. A
     /// failure is shown to the person; the document then stays open and edited.
     virtual void saveDocument(QObject *sender);

@@ -24,6 +24,8 @@ namespace
 
 // The colour in which all icons are drawn in their files.
 const QByteArray iconLineColor = "#3b3f45";
+// What one of them shows in a colour; grey like the rest where the icon is disabled.
+const QByteArray iconAccentColor = "#c8352b";
 const QColor disabledColor(0x99, 0x99, 0x99);
 
 QByteArray resourceBytes(const QString &path)
@@ -57,8 +59,10 @@ public:
     void paint(QPainter *painter, const QRect &rect, QIcon::Mode mode, QIcon::State) override
     {
         const QColor line = mode == QIcon::Disabled ? disabledColor : m_color;
-        QSvgRenderer(QByteArray(m_svg).replace(iconLineColor, line.name(QColor::HexRgb).toLatin1()))
-            .render(painter, QRectF(rect));
+        QByteArray svg = QByteArray(m_svg).replace(iconLineColor, line.name(QColor::HexRgb).toLatin1());
+        if (mode == QIcon::Disabled)
+            svg.replace(iconAccentColor, disabledColor.name(QColor::HexRgb).toLatin1());
+        QSvgRenderer(svg).render(painter, QRectF(rect));
     }
 
     QPixmap pixmap(const QSize &size, QIcon::Mode mode, QIcon::State state) override
