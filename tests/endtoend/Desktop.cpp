@@ -80,6 +80,13 @@ void Desktop::press(const QString &key)
     QTest::qWait(settleMilliseconds);
 }
 
+void Desktop::type(const QString &text)
+{
+    constexpr const char *delayMilliseconds = "20";
+    xdotool({QStringLiteral("type"), QStringLiteral("--delay"), QLatin1String(delayMilliseconds), text});
+    QTest::qWait(settleMilliseconds);
+}
+
 void Desktop::click(const QPoint &position)
 {
     movePointer(position);

@@ -29,6 +29,8 @@ public:
     bool waitUntilGone(const QString &title);
     /// One key or combination in X names, such as "s", "ctrl+s" or "Return".
     void press(const QString &key);
+    /// The text's characters one after the other, as a keyboard of the United States has them.
+    void type(const QString &text);
     /// A click with the left button at a place on the screen.
     void click(const QPoint &position);
     /// The left button goes down at one place and up at another.

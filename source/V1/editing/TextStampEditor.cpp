@@ -19,6 +19,7 @@ namespace
 {
 
 constexpr double caretWidth = 1; // units
+constexpr double firstFontSize = 12; // points; until a person chooses another one
 
 // Qt's text control asks for this palette when it is made. Paper is light, whatever the theme, and selected text stays
 // as black as it is.
@@ -52,7 +53,9 @@ TextStampEditor::TextStampEditor(QWidget *container) : QGraphicsView(container)
     m_scene.setStickyFocus(true);
     m_item->setFocus(); // whenever the editor has it
     setScene(&m_scene);
-    m_typingAttributes = TextStorage::characterFormat(QGuiApplication::font());
+    QFont font = QGuiApplication::font();
+    font.setPointSizeF(firstFontSize);
+    m_typingAttributes = TextStorage::characterFormat(font);
     hide();
 }
 

@@ -27,7 +27,7 @@ struct ShownGlyph
     int code = 0;
 };
 
-/// Looks for the glyphs that a content shows, and whether it paints at all.
+/// Looks for the glyphs that a content shows, where they begin and end, and whether it paints at all.
 class GlyphFilter : public QPDFObjectHandle::TokenFilter
 {
 public:
@@ -39,10 +39,15 @@ public:
             m_string = token.getValue();
         else if (token.getType() == QPDFTokenizer::tt_word)
             follow(token.getValue());
+        m_position += token.getRawValue().size();
+        if (token.getType() == QPDFTokenizer::tt_word && token.getValue() == "ET")
+            textEnd = m_position;
     }
 
     std::vector<ShownGlyph> glyphs;
     bool isPainting = false;
+    std::size_t textBegin = 0; // of the first text object, in bytes of the content
+    std::size_t textEnd = 0;   // behind the last one; 0 where there is none
 
 private:
     void follow(const std::string &word)
@@ -50,6 +55,8 @@ private:
         static const std::set<std::string> painting{"S",  "s",  "f",  "F",  "f*", "B", "B*", "b",
                                                     "b*", "sh", "Do", "Tj", "TJ", "'", "\"", "BI"};
         isPainting = isPainting || painting.contains(word);
+        if (word == "BT" && textEnd == 0)
+            textBegin = m_position;
         if (word == "Tf")
             m_font = m_name;
         if (word == "Tj" && m_string.size() == 2)
@@ -60,6 +67,7 @@ private:
     std::string m_name;
     std::string m_string;
     std::string m_font;
+    std::size_t m_position = 0;
 };
 
 QPDFObjectHandle entry(QPDFObjectHandle dictionary, const std::string &key)
@@ -94,6 +102,11 @@ std::string beginReading(const QString &text)
     return "/Span <</ActualText <" + hex + ">>> BDC\n";
 }
 
+std::string saved(const std::string &content)
+{
+    return "q\n" + content + "Q\n";
+}
+
 std::string slotsContent(const OverlayPiece &piece, const ShownGlyph &glyph, double glyphAdvance)
 {
     const QTransform &t = piece.lineToPage;
@@ -110,18 +123,26 @@ std::string slotsContent(const OverlayPiece &piece, const ShownGlyph &glyph, dou
     return result + "Q\n";
 }
 
+// Says what the text objects of the content are to be read as. The mark ends before the font is forgotten: readers ask
+// for its size there, to see what belongs together.
+std::string readAs(const QString &text, const std::string &content, const GlyphFilter &found)
+{
+    return content.substr(0, found.textBegin) + beginReading(text) +
+           content.substr(found.textBegin, found.textEnd - found.textBegin) + "\nEMC" + content.substr(found.textEnd);
+}
+
 // Readers take a text with letters that run from right to left for what stands from left to right, and turn it round.
 // They do not do that with single characters that stand where they belong. The glyphs themselves are read as nothing.
 std::string readInSlots(const OverlayPiece &piece, const std::string &content, const QPDFObjectHandle &resources,
-                        const std::vector<ShownGlyph> &glyphs)
+                        const GlyphFilter &found)
 {
-    for (const ShownGlyph &glyph : glyphs) {
+    for (const ShownGlyph &glyph : found.glyphs) {
         const QPDFObjectHandle font = entry(entry(resources, "/Font"), glyph.fontName);
         const double glyphAdvance = advance(font, glyph.code).value_or(0);
         if (glyphAdvance > 0)
-            return beginReading({}) + content + "EMC\n" + slotsContent(piece, glyph, glyphAdvance);
+            return saved(readAs({}, content, found)) + slotsContent(piece, glyph, glyphAdvance);
     }
-    return content;
+    return saved(content);
 }
 
 } // namespace
@@ -139,10 +160,10 @@ std::string pieceContent(const OverlayPiece &piece, const std::string &content, 
     tokenizer.finish();
     if (!filter.isPainting)
         return {};
-    const std::string balanced = "q\n" + content + "Q\n";
-    if (!piece.slots.empty())
-        return readInSlots(piece, balanced, resources, filter.glyphs);
-    return piece.text.isEmpty() ? balanced : beginReading(piece.text) + balanced + "EMC\n";
+    if (filter.textEnd == 0 || (piece.slots.empty() && piece.text.isEmpty()))
+        return saved(content);
+    return piece.slots.empty() ? saved(readAs(piece.text, content, filter))
+                               : readInSlots(piece, content, resources, filter);
 }
 
 } // namespace inkory
