@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <cstdio>
+#include <ctime>
 
 namespace inkory::bench
 {
@@ -37,6 +38,18 @@ double millisecondsOf(const std::function<void()> &work)
     timer.start();
     work();
     return static_cast<double>(timer.nsecsElapsed()) / 1e6;
+}
+
+double computingMillisecondsOf(const std::function<void()> &work)
+{
+    const auto now = [] {
+        timespec time{};
+        clock_gettime(CLOCK_THREAD_CPUTIME_ID, &time);
+        return static_cast<double>(time.tv_sec) * 1e3 + static_cast<double>(time.tv_nsec) / 1e6;
+    };
+    const double start = now();
+    work();
+    return now() - start;
 }
 
 double median(std::vector<double> values)
@@ -73,6 +86,14 @@ void reportNumber(const QString &name, double value, const QString &unit, double
     std::printf("%-58s %9.2f %s  (at most %.2f) %s\n", qPrintable(name), value, qPrintable(unit), limit,
                 verdict(value <= limit));
     std::fflush(stdout);
+}
+
+void reportTimes(const QString &name, std::vector<double> times, double medianLimit, double lastLimit)
+{
+    std::sort(times.begin(), times.end());
+    reportNumber(name + QStringLiteral(", median"), median(times), QStringLiteral("ms"), medianLimit);
+    reportNumber(name + QStringLiteral(", 99th percentile"), times[times.size() * 99 / 100], QStringLiteral("ms"),
+                 lastLimit);
 }
 
 int exitStatus()

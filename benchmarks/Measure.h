@@ -16,6 +16,10 @@ void prepareEnvironment(const QString &home);
 /// Milliseconds that the work takes.
 double millisecondsOf(const std::function<void()> &work);
 
+/// The computing time of this thread that the work takes: frames wait for nothing, and whatever else the machine does
+/// is left out.
+double computingMillisecondsOf(const std::function<void()> &work);
+
 double median(std::vector<double> values);
 
 /// Runs both in turn, `rounds` times each, so that whatever else the machine does hits both; the medians in
@@ -32,6 +36,8 @@ Pair measureInTurn(int rounds, const std::function<void()> &measured, const std:
 void reportRatio(const QString &name, const Pair &pair, double limit);
 /// The same for a plain number against the largest one allowed.
 void reportNumber(const QString &name, double value, const QString &unit, double limit);
+/// The same for the median and the 99th percentile of times in milliseconds.
+void reportTimes(const QString &name, std::vector<double> times, double medianLimit, double lastLimit);
 /// 0 if every limit held, 1 otherwise.
 int exitStatus();
 

@@ -25,7 +25,6 @@
 
 #include <algorithm>
 #include <cstdio>
-#include <ctime>
 
 using namespace inkory;
 using namespace inkory::bench;
@@ -41,19 +40,6 @@ QString writeFile(const QString &path, const QByteArray &bytes)
     if (!file.open(QIODevice::WriteOnly) || file.write(bytes) != bytes.size())
         qFatal("cannot write %s", qPrintable(path));
     return path;
-}
-
-// The computing time of this thread: frames wait for nothing, and whatever else the machine does is left out.
-double computingMillisecondsOf(const std::function<void()> &work)
-{
-    const auto now = [] {
-        timespec time{};
-        clock_gettime(CLOCK_THREAD_CPUTIME_ID, &time);
-        return static_cast<double>(time.tv_sec) * 1e3 + static_cast<double>(time.tv_nsec) / 1e6;
-    };
-    const double start = now();
-    work();
-    return now() - start;
 }
 
 // A window of 1200 x 900 with a document, and what is measured in it.
@@ -112,12 +98,10 @@ private:
     bool m_isPainted = false;
 };
 
-void reportTimes(const QString &name, std::vector<double> times, double floor, double medianLimit, double lastLimit)
+void reportFrames(const QString &name, const std::vector<double> &times, double floor, double medianLimit,
+                  double lastLimit)
 {
-    std::sort(times.begin(), times.end());
-    reportNumber(name + QStringLiteral(", median"), median(times), QStringLiteral("ms"), medianLimit);
-    reportNumber(name + QStringLiteral(", 99th percentile"), times[times.size() * 99 / 100], QStringLiteral("ms"),
-                 lastLimit);
+    reportTimes(name, times, medianLimit, lastLimit);
     std::printf("%-58s %9.2f ms\n", "  (one image of that size, median)", floor);
 }
 
@@ -151,7 +135,7 @@ void scrolling(const QString &file)
             view.viewport()->repaint();
         }));
     }
-    reportTimes(QStringLiteral("scroll frame, 10,000 pages"), times, floorOf(view.size()), 2, 8);
+    reportFrames(QStringLiteral("scroll frame, 10,000 pages"), times, floorOf(view.size()), 2, 8);
 
     constexpr int calls = 1'000'000;
     qint64 found = 0;
@@ -275,8 +259,8 @@ void dragging(const QString &file)
     }
     if (view.stampViews().front()->frame() == pressed)
         std::puts("THE STAMP DID NOT MOVE");
-    reportTimes(QStringLiteral("drag step, 50 stamps, pixel ratio %1").arg(view.devicePixelRatioF()), times,
-                floorOf(view.size()), 4, 4);
+    reportFrames(QStringLiteral("drag step, 50 stamps, pixel ratio %1").arg(view.devicePixelRatioF()), times,
+                 floorOf(view.size()), 4, 4);
 }
 
 // Of one process, in bytes; of what several have, its share.
