@@ -10,6 +10,7 @@
 #include <QElapsedTimer>
 #include <QEventLoop>
 #include <QFileInfo>
+#include <QFontDatabase>
 #include <QGuiApplication>
 
 #include <optional>
@@ -91,6 +92,8 @@ Result<void> stampAndSave(PDFDocumentModel &model, const ImagePtr &image, int pa
 Result<void> writeAndSave(PDFDocumentModel &model, const ProbeText &text, int pageIndex, QPointF baselineStart,
                           const QString &path)
 {
+    if (!(text.pointSize > 0) || (!text.family.isEmpty() && !QFontDatabase::hasFamily(text.family)))
+        return Error{QStringLiteral("no such font")};
     QFont font = text.family.isEmpty() ? QGuiApplication::font() : QFont(text.family);
     font.setPointSizeF(text.pointSize);
     sharedFontManager().setSelectedFont(font);

@@ -7,6 +7,7 @@
 #include "V1/application/WebAddress.h"
 #include "V1/editing/KRPDFView.h"
 #include "V1/editing/PDFThumbnailView+PrintDocument.h"
+#include "V1/editing/TextStampEditor.h"
 #include "V1/stamps/KRPDFDocument.h"
 #include "platform/widgets/InterfaceDescriptions.h"
 #include "platform/widgets/OutlineView.h"
@@ -32,8 +33,18 @@ void PDFWindowController::connectReadingActions()
     connect(m_pdfView, &PDFView::printedToFile, this, [this](const QString &displayableName) {
         m_statusBar->showInlineMessage(tr("Printed to “%1”.").arg(displayableName), DocumentStatusBar::Stay::AWhile);
     });
-    onTriggered("actionCopy", [this] { m_pdfView->copySelection(); });
-    onTriggered("actionSelectAll", [this] { m_pdfView->selectAllText(); });
+    onTriggered("actionCopy", [this] {
+        if (m_pdfView->isEditingText())
+            m_pdfView->textEditor()->copy();
+        else
+            m_pdfView->copySelection();
+    });
+    onTriggered("actionSelectAll", [this] {
+        if (m_pdfView->isEditingText())
+            m_pdfView->textEditor()->selectAll();
+        else
+            m_pdfView->selectAllText();
+    });
     onTriggered("actionBack", [this] { m_pdfView->goBack(); });
     onTriggered("actionForward", [this] { m_pdfView->goForward(); });
     connect(m_pdfView, &PDFView::textSelectionChanged, this, &PDFWindowController::updateReadingCommands);
@@ -58,8 +69,8 @@ void PDFWindowController::updateReadingCommands()
     };
     for (const char *name : {"actionPrint", "actionFind", "actionFindNext", "actionFindPrevious"})
         enable(name, isOpen);
-    enable("actionSelectAll", isOpen && !m_pdfView->isEditingText());
-    enable("actionCopy", m_pdfView->hasTextSelection());
+    enable("actionSelectAll", isOpen);
+    enable("actionCopy", m_pdfView->hasTextSelection() || m_pdfView->isEditingText());
     enable("actionBack", m_pdfView->canGoBack());
     enable("actionForward", m_pdfView->canGoForward());
 }

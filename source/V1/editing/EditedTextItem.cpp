@@ -49,6 +49,14 @@ void EditedTextItem::mousePressEvent(QGraphicsSceneMouseEvent *event)
     QGraphicsTextItem::mousePressEvent(event);
 }
 
+void EditedTextItem::dragEnterEvent(QGraphicsSceneDragDropEvent *event)
+{
+    if (event->mimeData()->hasUrls())
+        event->ignore(); // files are the window's
+    else
+        QGraphicsTextItem::dragEnterEvent(event);
+}
+
 void EditedTextItem::dropEvent(QGraphicsSceneDragDropEvent *event)
 {
     if (!event->mimeData()->hasText()) {

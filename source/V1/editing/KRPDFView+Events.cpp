@@ -160,7 +160,7 @@ void KRPDFView::keyPressEvent(QKeyEvent *event)
         if (physicalKey(*event) == PhysicalKey::Escape)
             m_interaction.cancel();
         event->accept();
-    } else if (!m_selectedStampView || !handleStampKey(*this, *event)) {
+    } else if (!m_selectedStampView || isEditingText() || !handleStampKey(*this, *event)) {
         PDFView::keyPressEvent(event);
     }
 }

@@ -161,7 +161,10 @@ void KRPDFView::addStampView(const std::shared_ptr<KRStamp> &stamp)
 void KRPDFView::deleteStampView(const std::shared_ptr<KRStamp> &stamp)
 {
     const std::shared_ptr<KRStamp> kept = stamp; // the list may hold the last reference
-    std::erase(m_stampViews, kept);
+    if (kept == m_selectedStampView)
+        endTextEditing(); // which deletes it itself if its text is empty
+    if (std::erase(m_stampViews, kept) == 0)
+        return;
     if (kept == m_selectedStampView)
         setSelectedStampView(nullptr);
     setNeedsDisplayInRect(stampRect(*kept));

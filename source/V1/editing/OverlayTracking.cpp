@@ -109,6 +109,8 @@ void OverlayTracking::updateStampViewOverlay()
     if (toolbar) {
         if (selected)
             layOutToolbar();
+        else
+            toolbar->resize(0, toolbar->height()); // where it was is no place of its any more
         toolbar->setVisible(selected != nullptr);
     }
     m_stampViewOverlay->setResizing(m_view.isResizing());

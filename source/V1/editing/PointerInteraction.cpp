@@ -53,6 +53,8 @@ void PointerInteraction::placeStamp(const ViewPoint &point)
         m_view.addImageStampView(point);
     } else {
         m_view.endTextEditing();
+        if (UndoManager *undoManager = m_view.undoManager())
+            undoManager->closeStep(); // two texts, two steps
         m_view.addTextStampView(point);
     }
 }

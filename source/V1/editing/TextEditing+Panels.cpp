@@ -25,6 +25,18 @@ QRect workedOn(const KRPDFView &view)
     return view.stampViewToolbar() ? text.united(onScreen(*view.stampViewToolbar())) : text;
 }
 
+// Only what the person changed: a larger size does not make all of a selection bold.
+QTextCharFormat difference(const QTextCharFormat &before, const QTextCharFormat &after)
+{
+    QTextCharFormat change;
+    const QMap<int, QVariant> properties = after.properties();
+    for (auto property = properties.begin(); property != properties.end(); ++property) {
+        if (before.property(property.key()) != property.value())
+            change.setProperty(property.key(), property.value());
+    }
+    return change;
+}
+
 QColor colorOf(const QTextCharFormat &format)
 {
     return format.hasProperty(QTextFormat::ForegroundBrush) ? format.foreground().color() : QColor(Qt::black);
@@ -52,9 +64,8 @@ void TextEditing::openFontPanel()
     FontPanel &panel = FontPanel::sharedFontPanel();
     disconnect(&panel, &FontPanel::fontChanged, nullptr, nullptr);
     panel.setFont(m_textEditor->typingAttributes().font());
-    connect(&panel, &FontPanel::fontChanged, this, &TextEditing::changeFont);
+    m_fontPanel = connect(&panel, &FontPanel::fontChanged, this, &TextEditing::changeFont);
     panel.orderFront(&m_view, workedOn(m_view));
-    m_panels.font = true;
 }
 
 void TextEditing::openColorPanel()
@@ -62,17 +73,15 @@ void TextEditing::openColorPanel()
     ColorPanel &panel = ColorPanel::sharedColorPanel();
     disconnect(&panel, &ColorPanel::colorChanged, nullptr, nullptr);
     panel.setColor(colorOf(m_textEditor->typingAttributes()));
-    connect(&panel, &ColorPanel::colorChanged, this, &TextEditing::changeColor);
+    m_colorPanel = connect(&panel, &ColorPanel::colorChanged, this, &TextEditing::changeColor);
     panel.orderFront(&m_view, workedOn(m_view));
-    m_panels.color = true;
 }
 
 void TextEditing::closePanels()
 {
-    const OpenedPanels opened = std::exchange(m_panels, {});
-    if (opened.font)
+    if (disconnect(m_fontPanel))
         FontPanel::closeShared();
-    if (opened.color)
+    if (disconnect(m_colorPanel))
         ColorPanel::closeShared();
 }
 
@@ -83,7 +92,8 @@ void TextEditing::changeFont(const QFont &font)
     const QFont used = embeddableFont(font);
     if (used.family() != font.family())
         Q_EMIT m_view.fontReplaced(font.family(), used.family());
-    m_textEditor->changeFormat(TextStorage::characterFormat(used));
+    const QTextCharFormat shown = TextStorage::characterFormat(m_textEditor->typingAttributes().font());
+    m_textEditor->changeFormat(difference(shown, TextStorage::characterFormat(used)));
 }
 
 void TextEditing::changeColor(const QColor &color)
@@ -103,8 +113,8 @@ void TextEditing::showTypingAttributes()
     const QTextCharFormat attributes = m_textEditor->typingAttributes();
     sharedFontManager().setSelectedFont(attributes.font());
     sharedFontManager().setSelectedColor(colorOf(attributes));
-    if (m_panels.font)
+    if (m_fontPanel)
         FontPanel::sharedFontPanel().setFont(attributes.font());
-    if (m_panels.color)
+    if (m_colorPanel)
         ColorPanel::sharedColorPanel().setColor(colorOf(attributes));
 }

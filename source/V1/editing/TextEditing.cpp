@@ -8,7 +8,10 @@
 #include "V1/stamps/KRTextStamp.h"
 #include "platform/core/NotificationCenter.h"
 #include "platform/pdf/PDFDocument.h"
+#include "platform/widgets/FontManager.h"
 
+#include <QApplication>
+#include <QMenuBar>
 #include <QTextCursor>
 
 using namespace inkory;
@@ -36,8 +39,21 @@ void TextEditing::setUp()
     connect(m_textEditor, &TextStampEditor::typingAttributesChanged, this, &TextEditing::showTypingAttributes);
     connect(m_textEditor, &TextStampEditor::undoAvailabilityChanged, &m_view, &KRPDFView::typingUndoChanged);
     connect(m_textEditor, &TextStampEditor::refused, &m_view, &KRPDFView::textRefused);
+    connect(qApp, &QApplication::focusChanged, this, &TextEditing::followFocus);
     connect(&m_view, &PDFView::contentViewBoundsChanged, this, &TextEditing::endTextEditing);
     connect(&m_view, &PDFView::scaleFactorWillChange, this, &TextEditing::endTextEditing);
+}
+
+// Another part of the window took the keyboard to be typed into: keys of its own are no longer the text's. Panels and
+// menus only borrow it.
+void TextEditing::followFocus(const QWidget *, QWidget *now)
+{
+    const bool isElsewhere = now && now->window() == m_view.window() && now != &m_view && !m_view.isAncestorOf(now);
+    const bool isOnToolbar = m_view.stampViewToolbar() && m_view.stampViewToolbar()->isAncestorOf(now);
+    if (!isEditing() || (!isElsewhere && !isOnToolbar) || qobject_cast<QMenuBar *>(now))
+        return;
+    endTextEditing();
+    now->setFocus();
 }
 
 KRTextStamp *TextEditing::selectedText() const
@@ -63,7 +79,10 @@ void TextEditing::addTextStampView(const ViewPoint &point)
         Q_EMIT m_view.placementRefused();
         return;
     }
-    const TextStorage::LineMetrics line = TextStorage::lineMetrics(newTextFont());
+    const QFont font = newTextFont();
+    if (const auto chosen = sharedFontManager().selectedFont(); chosen && chosen->family() != font.family())
+        Q_EMIT m_view.fontReplaced(chosen->family(), font.family());
+    const TextStorage::LineMetrics line = TextStorage::lineMetrics(font);
     const double scale = m_view.scaleFactor();
     const double padding = scale * TextStorage::lineFragmentPadding;
     const double baseline = point.y - OverlayTracking::textCursorDescent();
@@ -105,10 +124,13 @@ void TextEditing::startTextEditing()
     Q_EMIT m_view.editingTextChanged();
 }
 
-// The editor's rectangle as the stamp's frame: of a stamp that shows turned by a quarter turn the text lies across it.
+// Where the stamp is to stand: as large as its text, its upper left corner where it was before the edit, wherever its
+// page has gone meanwhile. Of a stamp that shows turned by a quarter turn the text lies across it.
 ViewRect TextEditing::editedRect(const KRTextStamp &stamp) const
 {
-    const ViewRect rect = m_view.convertRectFromOverlay(m_textEditor->frame());
+    const OverlayRect editor = m_textEditor->frame();
+    const ViewRect former = m_view.stampRect(stamp);
+    const ViewRect rect{former.x, former.maxY() - editor.height, editor.width, editor.height};
     const int pageTurns = stamp.pdfPage() ? stamp.pdfPage()->rotation() / 90 : 0;
     if ((pageTurns + stamp.stampRotation()) % 2 == 0)
         return rect;
@@ -119,6 +141,7 @@ void TextEditing::endTextEditing()
 {
     if (!editedStamp())
         return;
+    m_textEditor->commitComposition();
     const auto stamp = std::static_pointer_cast<KRTextStamp>(editedStamp()->shared_from_this());
     stamp->setStampMode(StampModeSelected);
     closePanels();
@@ -164,6 +187,7 @@ void TextEditing::setBackgroundColor(const QColor &color)
         QTextCharFormat typed = m_textEditor->typingAttributes();
         typed.merge(change);
         m_textEditor->setTypingAttributes(typed);
+        m_view.annotationsChangedOnPage(stamp->pdfPage());
         m_view.noteChangeWithoutStep();
     }
     m_view.setNeedsDisplayInRect(m_view.visibleRect());

@@ -57,14 +57,12 @@ private:
     void changeColor(const QColor &color);
     void showTypingAttributes();
     void closePanels();
+    void followFocus(const QWidget *before, QWidget *now);
 
     KRPDFView &m_view;
     OverlayTracking &m_overlays;
     TextStampEditor *m_textEditor = nullptr; // the overlay container's
-    struct OpenedPanels
-    {
-        bool font = false;
-        bool color = false;
-    };
-    OpenedPanels m_panels; // that were opened for the text being edited
+    // To the shared panels, while they work for this view.
+    QMetaObject::Connection m_fontPanel;
+    QMetaObject::Connection m_colorPanel;
 };

@@ -7,8 +7,11 @@
 #include <QApplication>
 #include <QClipboard>
 #include <QGuiApplication>
+#include <QInputMethod>
+#include <QInputMethodEvent>
 #include <QScopedValueRollback>
 #include <QTextBlock>
+#include <QTextLayout>
 #include <QtMath>
 
 #include <cmath>
@@ -18,7 +21,7 @@ using namespace inkory;
 namespace
 {
 
-constexpr double caretWidth = 1; // units
+constexpr double caretWidth = 1;     // units
 constexpr double firstFontSize = 12; // points; until a person chooses another one
 
 // Qt's text control asks for this palette when it is made. Paper is light, whatever the theme, and selected text stays
@@ -74,13 +77,12 @@ void TextStampEditor::replaceTextStorage(std::shared_ptr<TextStorage> text)
     m_text->attachLayoutDevice();
     document.documentLayout()->setProperty("cursorWidth", qRound(caretWidth * TextStorage::layoutScale));
     document.setUndoRedoEnabled(true); // empties the history
-    m_connections = {
-        connect(&document, &QTextDocument::contentsChanged, this, &TextStampEditor::fitToText),
-        connect(document.documentLayout(), &QAbstractTextDocumentLayout::documentSizeChanged, this,
-                &TextStampEditor::fitToText),
-        connect(&document, &QTextDocument::undoAvailable, this, &TextStampEditor::undoAvailabilityChanged),
-        connect(&document, &QTextDocument::redoAvailable, this, &TextStampEditor::undoAvailabilityChanged),
-        connect(&document, &QTextDocument::cursorPositionChanged, this, &TextStampEditor::takeTypingAttributes)};
+    m_connections = {connect(&document, &QTextDocument::contentsChanged, this, &TextStampEditor::fitToText),
+                     connect(document.documentLayout(), &QAbstractTextDocumentLayout::documentSizeChanged, this,
+                             &TextStampEditor::fitToText),
+                     connect(&document, &QTextDocument::undoAvailable, this, &TextStampEditor::undoAvailabilityChanged),
+                     connect(&document, &QTextDocument::redoAvailable, this, &TextStampEditor::undoAvailabilityChanged),
+                     connect(&document, &QTextDocument::cursorPositionChanged, this, &TextStampEditor::followCursor)};
     fitToText();
     Q_EMIT undoAvailabilityChanged();
 }
@@ -121,7 +123,6 @@ void TextStampEditor::fitToText()
         return;
     m_size = size;
     applyGeometry();
-    Q_EMIT frameChanged();
 }
 
 // Widgets stand on whole pixels; the item takes what is left of the place.
@@ -149,6 +150,18 @@ void TextStampEditor::setSelectedRange(int from, int length)
     cursor.setPosition(from);
     cursor.setPosition(from + length, QTextCursor::KeepAnchor);
     m_item->setTextCursor(cursor);
+    followCursor();
+}
+
+// The document tells where its cursors go only when it is changed.
+void TextStampEditor::followCursor()
+{
+    const QTextCursor cursor = m_item->textCursor();
+    if (cursor.position() == m_cursorPosition && cursor.anchor() == m_cursorAnchor)
+        return;
+    m_cursorPosition = cursor.position();
+    m_cursorAnchor = cursor.anchor();
+    takeTypingAttributes();
 }
 
 void TextStampEditor::setTypingAttributes(const QTextCharFormat &attributes)
@@ -264,6 +277,17 @@ void TextStampEditor::toggleUnderline()
     QTextCharFormat change;
     change.setFontUnderline(!m_typingAttributes.fontUnderline());
     changeFormat(change);
+}
+
+void TextStampEditor::commitComposition()
+{
+    QGuiApplication::inputMethod()->commit();
+    const QTextBlock paragraph = m_item->textCursor().block();
+    if (!m_text || !paragraph.isValid() || paragraph.layout()->preeditAreaText().isEmpty())
+        return; // the input method has done it
+    QInputMethodEvent commit;
+    commit.setCommitString(paragraph.layout()->preeditAreaText());
+    inputMethodEvent(&commit);
 }
 
 void TextStampEditor::paste()

@@ -57,12 +57,14 @@ public:
 
     /// Inserts at the cursor, in place of the selection, what of the text can be shown and is not too much.
     void insertPlainText(const QString &text);
+    /// What an input method is still composing becomes part of the text.
+    void commitComposition();
     void paste();
+    void selectAll();
     void copy() const;
     void cut();
 
 Q_SIGNALS:
-    void frameChanged();
     void typingAttributesChanged();
     void undoAvailabilityChanged();
     /// Escape was pressed.
@@ -71,18 +73,22 @@ Q_SIGNALS:
     void refused(const QString &reason);
 
 protected:
+    bool event(QEvent *event) override;
     void focusInEvent(QFocusEvent *event) override;
     void keyPressEvent(QKeyEvent *event) override;
     void inputMethodEvent(QInputMethodEvent *event) override;
     void wheelEvent(QWheelEvent *event) override;
     void contextMenuEvent(QContextMenuEvent *event) override;
     void mousePressEvent(QMouseEvent *event) override;
+    void mouseMoveEvent(QMouseEvent *event) override;
     void mouseReleaseEvent(QMouseEvent *event) override;
+    void mouseDoubleClickEvent(QMouseEvent *event) override;
     void drawForeground(QPainter *painter, const QRectF &rect) override;
 
 private:
     void fitToText();
     void applyGeometry();
+    void followCursor();
     void takeTypingAttributes();
     int room() const;
 
@@ -94,5 +100,7 @@ private:
     double m_scaleFactor = 1;
     QSizeF m_size; // of the text, in units of 1/72 inch
     bool m_isFitting = false;
+    int m_cursorPosition = 0; // and where the selection begins: when the typing attributes were taken last
+    int m_cursorAnchor = 0;
     std::vector<QMetaObject::Connection> m_connections; // to the text
 };

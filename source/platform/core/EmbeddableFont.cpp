@@ -109,13 +109,14 @@ bool mayBeEmbedded(const QRawFont &font)
     constexpr int rightsOffset = 8; // fsType in the table OS/2
     constexpr unsigned restricted = 1U << 1U;
     constexpr unsigned previewOrEditing = 1U << 2U | 1U << 3U;
+    constexpr unsigned asAWhole = 1U << 8U; // and files get only the letters that are used
     constexpr unsigned bitmapsOnly = 1U << 9U;
     const QByteArray os2 = font.fontTable("OS/2");
     if (os2.size() < rightsOffset + 2)
         return true;
     const unsigned rights = qFromBigEndian<quint16>(os2.constData() + rightsOffset);
     const bool isRestricted = (rights & restricted) != 0 && (rights & previewOrEditing) == 0;
-    return !isRestricted && (rights & bitmapsOnly) == 0;
+    return !isRestricted && (rights & (asAWhole | bitmapsOnly)) == 0;
 }
 
 QFont embeddableFont(const QFont &font)

@@ -133,8 +133,8 @@ void TextStorage::attachLayoutDevice()
 AttributedText TextStorage::attributedText() const
 {
     AttributedText text;
-    if (!isEmpty() && m_document.firstBlock().length() == 1)
-        text.emptyFirstParagraph = m_document.firstBlock().charFormat();
+    if (!isEmpty())
+        text.firstParagraph = m_document.firstBlock().charFormat();
     for (QTextBlock block = m_document.firstBlock(); block.isValid(); block = block.next()) {
         if (block != m_document.firstBlock())
             append(text.runs, QString(QChar::ParagraphSeparator), block.charFormat());
@@ -150,8 +150,8 @@ void TextStorage::setAttributedText(const AttributedText &text)
     cursor.beginEditBlock();
     cursor.select(QTextCursor::Document);
     cursor.removeSelectedText();
-    if (text.emptyFirstParagraph.isValid())
-        cursor.setBlockCharFormat(text.emptyFirstParagraph);
+    if (text.firstParagraph.isValid())
+        cursor.setBlockCharFormat(text.firstParagraph);
     for (const AttributedText::Run &run : text.runs) {
         qsizetype start = 0;
         while (start <= run.text.size()) {

@@ -27,8 +27,8 @@ struct AttributedText
     };
 
     std::vector<Run> runs; ///< Neighbours differ in their formats.
-    /// What makes an empty first paragraph as high as it is; invalid where there is none.
-    QTextCharFormat emptyFirstParagraph;
+    /// What makes lines without characters in the first paragraph as high as they are; invalid for an empty text.
+    QTextCharFormat firstParagraph;
 
     bool isEmpty() const { return runs.empty(); }
     bool operator==(const AttributedText &) const = default;

@@ -26,7 +26,7 @@ void UndoManager::registerUndo(UndoTarget &target, const QString &operation, con
         if (m_mode == Mode::Normal)
             scheduleClosing();
     }
-    m_open->operations.push_back({target.undoTargetReference(), &target, operation, argument});
+    m_open->operations.push_back({target.undoTargetReference(), &target, operation, argument, {}});
     if (m_mode != Mode::Normal)
         return; // perform() sets the state and tells of it when the whole step is done
     dropped.swap(m_redo);
@@ -36,10 +36,13 @@ void UndoManager::registerUndo(UndoTarget &target, const QString &operation, con
 
 void UndoManager::setActionName(const QString &name)
 {
-    if (m_open)
+    if (m_open) {
         m_open->actionName = name;
-    else if (m_mode == Mode::Normal && !m_undo.empty())
+        if (!m_open->operations.empty())
+            m_open->operations.back().actionName = name;
+    } else if (m_mode == Mode::Normal && !m_undo.empty()) {
         m_undo.back().actionName = name;
+    }
     if (m_mode == Mode::Normal)
         Q_EMIT changed();
 }
@@ -113,6 +116,8 @@ void UndoManager::removeLastStep(const UndoTarget &target, const QString &operat
         m_undo.pop_back();
     } else {
         m_state = newState();
+        if (!operations.back().actionName.isEmpty())
+            m_undo.back().actionName = operations.back().actionName;
     }
     renewStates(m_redo);
     Q_EMIT changed();

@@ -54,6 +54,8 @@ public:
     /// argument is kept (and what it owns kept alive) while the step exists.
     void registerUndo(UndoTarget &target, const QString &operation, const QVariant &argument);
 
+    /// What is registered from now on is a step of its own, also during the same event.
+    void closeStep();
     /// Names the open step, or, when none is open, the last one. The name is what a person reads after "Undo".
     void setActionName(const QString &name);
 
@@ -100,6 +102,7 @@ private:
         const UndoTarget *targetIdentity = nullptr; // compared only, never dereferenced
         QString operation;
         QVariant argument;
+        QString actionName; // that the step got with it
     };
     struct Step
     {
@@ -113,7 +116,6 @@ private:
     bool openStepIsForUndo() const;
     void scheduleClosing();
     void stopFiltering();
-    void closeStep();
     void perform(std::vector<Step> &from, std::vector<Step> &to, Mode mode);
     void renewStates(std::vector<Step> &steps);
     quint64 newState();

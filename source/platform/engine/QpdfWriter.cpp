@@ -20,8 +20,13 @@ namespace
 
 bool isComplete(const WriteRequest &request, std::size_t pageCount, int overlayCount)
 {
-    const auto isThere = [overlayCount](const OverlayPiece &piece) {
-        return piece.overlayPage >= 0 && piece.overlayPage < overlayCount;
+    std::vector<bool> used(static_cast<std::size_t>(overlayCount), false);
+    const auto isThere = [&used](const OverlayPiece &piece) {
+        const auto overlay = static_cast<std::size_t>(piece.overlayPage);
+        const bool isNew = piece.overlayPage >= 0 && overlay < used.size() && !used[overlay];
+        if (isNew)
+            used[overlay] = true;
+        return isNew;
     };
     std::vector<bool> seen(pageCount, false);
     for (const WritePage &page : request.pages) {

@@ -11,6 +11,8 @@ namespace inkory
 namespace
 {
 
+constexpr double leastSlotSize = 0.01; // no letter is as small, and widths are divided by it
+
 constexpr std::size_t wholePerPiece = 3;
 constexpr std::size_t numbersPerLine = 7; // only of a line with slots
 constexpr std::size_t numbersPerSlot = 2;
@@ -90,7 +92,7 @@ bool readSlots(PieceArrays<Unread> &arrays, std::size_t count, OverlayPiece &pie
             return false;
         piece.slots.push_back({*text, (*places)[2 * i], width});
     }
-    return piece.slotSize > 0 && piece.text.isEmpty();
+    return piece.slotSize >= leastSlotSize && piece.text.isEmpty();
 }
 
 std::optional<OverlayPiece> readPiece(PieceArrays<Unread> &arrays)

@@ -4,6 +4,7 @@
 
 #include <QCoreApplication>
 #include <QFontDatabase>
+#include <QFontInfo>
 #include <QRegularExpression>
 #include <QStringList>
 
@@ -31,7 +32,8 @@ bool isPossibleSize(double points)
 // The family, the size in points, the weight from 1 to 1000, then a word for each effect.
 QStringList listFromFont(const QFont &font)
 {
-    QStringList list{font.family(), QString::number(font.pointSizeF()), QString::number(font.weight())};
+    // Not a name that stands for another family, such as "Sans Serif": families are what is looked for later.
+    QStringList list{QFontInfo(font).family(), QString::number(font.pointSizeF()), QString::number(font.weight())};
     if (font.italic())
         list.append(italic);
     if (font.underline())

@@ -344,7 +344,7 @@ TEST_F(TextEditingTest, InputMethodsComposeInPlace)
     EXPECT_NEAR(caret.x(), view->textEditor()->frame().width - 5, 3);
 }
 
-TEST_F(TextEditingTest, UndoingAfterADiscardedPageKeepsZeroFramesHarmless)
+TEST_F(TextEditingTest, AStepWithoutTextAndFrameIsHarmless)
 {
     openPage();
     place({100, 700});

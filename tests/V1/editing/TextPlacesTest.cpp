@@ -44,6 +44,7 @@ QPointF inkCenter(const Picture &picture, const QRectF &rect)
             sum += weight;
         }
     }
+    EXPECT_GT(sum, 0);
     return sum > 0 ? center / sum / picture.scale + picture.origin : QPointF(-1000, -1000);
 }
 
