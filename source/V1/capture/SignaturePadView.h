@@ -1,6 +1,7 @@
 #pragma once
 
 #include "V1/capture/PadGeometry.h"
+#include "V1/capture/SignatureDrawing.h"
 #include "V1/capture/StrokeHistory.h"
 #include "V1/capture/TouchSource.h"
 
@@ -14,17 +15,6 @@
 
 class QTabletEvent;
 class QTouchEvent;
-
-enum SignatureDrawingMode : std::int32_t {
-    SignatureDrawingModeDrag = 0,
-    SignatureDrawingModeClick = 1,
-    SignatureDrawingModeTrackpad = 2,
-};
-
-enum SignatureDrawTool : std::int32_t {
-    SignatureDrawToolPen = 0,
-    SignatureDrawToolEraser = 1,
-};
 
 /// The surface on which a signature is drawn: with the mouse, a pen or a finger, by dragging or from click to click, or
 /// by fingers on a trackpad that stands for the pad while it is captured. Transparent where nothing is drawn, so that
@@ -44,9 +34,6 @@ public:
     /// Thickness 5, pen, dragging.
     void awakeFromNib();
 
-    /// Fully transparent, for a pad of this size in points: the pixels are rounded up, and the size of the image in
-    /// points is pixels ÷ ratio.
-    static QImage emptyImage(QSize size, double devicePixelRatio);
     /// The drawing. Premultiplied ARGB; its upper left corner is the pad's. Covers the whole pad.
     const QImage &image() const { return m_image; }
     /// Takes the image as it is, and its density; where it does not cover the pad, now or later, it is extended with
@@ -85,9 +72,8 @@ public:
     /// drawing, released when it ends. Not owned; null for none. It must outlive the pad or be taken away before.
     void setTouchSource(inkory::TouchSource *source);
 
-    /// Sets isDrawing, draws a dot and remembers the point.
+    /// Begins a stroke with a dot.
     void startDrawingFromPoint(inkory::PadPoint point);
-    /// Clears isDrawing.
     void stopDrawing();
     /// A straight line, with round ends, into the image; a dot from a point to itself. Points that are not finite draw
     /// nothing.
@@ -129,22 +115,29 @@ protected:
 private:
     inkory::PadPoint padPointAt(QPointF position) const;
     inkory::PadPoint padPointOf(const inkory::Touch &touch) const;
-    QPointF normalizedPositionOf(QPointF position) const;
+    QPointF viewPosition(inkory::PadPoint point) const;
+    inkory::Touches touchesOf(const QTouchEvent &event) const;
 
     bool touchEvent(const QTouchEvent &event);
-    bool fingerDragged(const QTouchEvent &event);
-    void pointerMoved(QPointF position, bool isPressed);
+    void dragFingers(const QTouchEvent &event);
+    void capturedPenEvent(const QTabletEvent &event);
+    void pointerPressed(QPointF position);
+    void pointerMoved(QPointF position, Qt::MouseButtons buttons);
     void pointerReleased(QPointF position);
+    void trackToPoint(inkory::PadPoint point);
+    void startCapture(QInputDevice::DeviceType clickedDevice);
     void leaveCapture();
 
     void coverPad();
-    void paintCapturedCursor(QPainter &painter) const;
-    void updateCursor();
+    void afterSteps(const QRect &changedPixels);
+    void showHints();
     QRect capturedCursorRect() const;
-    void updateUndoState();
 
     QImage m_image;
     inkory::StrokeHistory m_history;
+    bool m_couldUndo = false; // as last signalled
+    bool m_couldRedo = false;
+
     std::uint64_t m_thickness = 0;
     QColor m_color;
     SignatureDrawTool m_selectedSignatureDrawTool = SignatureDrawToolPen;
@@ -156,9 +149,8 @@ private:
     std::optional<int> m_draggingFinger;
 
     bool m_isTouchDrawing = false;
+    bool m_isTap = false; // of a finger or a pen, which will start capture
     std::optional<std::int64_t> m_drawingBeginTouchIdentity;
     std::optional<inkory::PadPoint> m_capturedCursorPoint; // where the brush is shown during capture
     inkory::TouchSource *m_touchSource = nullptr;
-    bool m_couldUndo = false; // as last signalled
-    bool m_couldRedo = false;
 };
