@@ -141,15 +141,21 @@ void SignaturePadView::pointerReleased(QPointF position)
         startDrawingFromPoint(padPointAt(position));
 }
 
+// The position in the widget has been rounded to whole points, which are several pixels on a dense screen.
+QPointF SignaturePadView::exactPosition(const QMouseEvent &event) const
+{
+    return mapFromGlobal(event.globalPosition());
+}
+
 void SignaturePadView::mousePressEvent(QMouseEvent *event)
 {
     if (event->button() == Qt::LeftButton)
-        pointerPressed(event->position());
+        pointerPressed(exactPosition(*event));
 }
 
 void SignaturePadView::mouseMoveEvent(QMouseEvent *event)
 {
-    pointerMoved(event->position(), event->buttons());
+    pointerMoved(exactPosition(*event), event->buttons());
 }
 
 void SignaturePadView::mouseReleaseEvent(QMouseEvent *event)
@@ -159,7 +165,7 @@ void SignaturePadView::mouseReleaseEvent(QMouseEvent *event)
     if (m_signatureDrawingMode == SignatureDrawingModeTrackpad)
         startCapture(event->pointingDevice()->type());
     else
-        pointerReleased(event->position());
+        pointerReleased(exactPosition(*event));
 }
 
 // Accepted whatever it does, so that no mouse is made of it.

@@ -16,6 +16,7 @@ namespace
 {
 
 constexpr std::uint64_t defaultThickness = 5;
+constexpr double thinnestLine = 1; // what a line without a width covers at most
 
 bool isFinite(PadPoint point)
 {
@@ -28,6 +29,25 @@ QRect pixelsOf(const QRectF &points, const QImage &image)
     const double ratio = image.devicePixelRatio();
     const QRectF pixels(points.topLeft() * ratio, points.size() * ratio);
     return (pixels & QRectF(image.rect())).toAlignedRect();
+}
+
+// Without a colour it erases. A dot is a disc of its own: the painter's points are wider than its lines.
+void paintSegment(QImage &image, const QLineF &line, double width, const std::optional<QColor> &color)
+{
+    QPainter painter(&image);
+    painter.setRenderHint(QPainter::Antialiasing);
+    if (!color)
+        painter.setCompositionMode(QPainter::CompositionMode_Clear);
+    const QColor paint = color.value_or(Qt::black);
+    if (line.p1() == line.p2()) {
+        const double radius = std::max(width, thinnestLine) / 2;
+        painter.setPen(Qt::NoPen);
+        painter.setBrush(paint);
+        painter.drawEllipse(line.p1(), radius, radius);
+    } else {
+        painter.setPen(QPen(paint, width, Qt::SolidLine, Qt::RoundCap, Qt::RoundJoin));
+        painter.drawLine(line);
+    }
 }
 
 QRect pointsOf(const QRect &pixels, double ratio)
@@ -109,20 +129,10 @@ void SignaturePadView::drawFromPoint(PadPoint from, PadPoint to)
     const QPointF start = viewPosition(from);
     const QPointF end = viewPosition(to);
     const auto width = static_cast<double>(m_thickness);
-    const double reach = std::max(width, 1.0); // the thinnest line has no width and covers pixels all the same
+    const double reach = std::max(width, thinnestLine);
     const QRectF area = QRectF(start, end).normalized().adjusted(-reach, -reach, reach, reach);
     m_history.willPaint(m_image, pixelsOf(area, m_image));
-    {
-        QPainter painter(&m_image);
-        painter.setRenderHint(QPainter::Antialiasing);
-        if (!isPen)
-            painter.setCompositionMode(QPainter::CompositionMode_Clear);
-        painter.setPen(QPen(isPen ? m_color : Qt::black, width, Qt::SolidLine, Qt::RoundCap, Qt::RoundJoin));
-        if (start == end)
-            painter.drawPoint(start);
-        else
-            painter.drawLine(start, end);
-    }
+    paintSegment(m_image, QLineF(start, end), width, isPen ? std::optional(m_color) : std::nullopt);
     update((area & QRectF(rect())).toAlignedRect());
     afterSteps({});
 }

@@ -115,6 +115,7 @@ protected:
 private:
     inkory::PadPoint padPointAt(QPointF position) const;
     inkory::PadPoint padPointOf(const inkory::Touch &touch) const;
+    QPointF exactPosition(const QMouseEvent &event) const;
     QPointF viewPosition(inkory::PadPoint point) const;
     inkory::Touches touchesOf(const QTouchEvent &event) const;
 
