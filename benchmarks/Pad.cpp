@@ -103,5 +103,11 @@ int main(int argc, char **argv)
     for (int i = 0; i < 20; ++i)
         steps.push_back(computingMillisecondsOf([&] { i % 2 ? pad.redo() : pad.undo(); }));
     reportNumber(QStringLiteral("undo or redo of that"), median(steps), QStringLiteral("ms"), 16);
+
+    pad.setSignatureDrawingMode(SignatureDrawingModeTrackpad);
+    std::vector<double> frames;
+    for (int i = 0; i < 100; ++i)
+        frames.push_back(computingMillisecondsOf([&] { pad.repaint(); }));
+    reportTimes(QStringLiteral("frame of the whole pad with its hint"), frames, 8, 16);
     return exitStatus();
 }

@@ -2,7 +2,6 @@
 
 #include "V1/capture/PadImage.h"
 #include "V1/capture/SignatureTrimming.h"
-#include "V1/capture/TrackpadHint.h"
 
 #include <QPaintEvent>
 #include <QPainter>
@@ -200,7 +199,7 @@ void SignaturePadView::showHints()
     else
         QWidget::setCursor(isTrackpad ? QCursor(Qt::ArrowCursor) : m_cursor);
     if (isTrackpad)
-        setAccessibleDescription(TrackpadHint(m_isTouchDrawing).text());
+        setAccessibleDescription(TrackpadHint::text(m_isTouchDrawing));
     else if (m_signatureDrawingMode == SignatureDrawingModeClick)
         setAccessibleDescription(tr("Click to start a line, and click again to end it."));
     else
@@ -239,7 +238,7 @@ void SignaturePadView::paintEvent(QPaintEvent *)
     painter.setRenderHint(QPainter::SmoothPixmapTransform); // for an image made on a screen of another density
     painter.drawImage(QPointF(0, 0), m_image);
     if (m_signatureDrawingMode == SignatureDrawingModeTrackpad)
-        TrackpadHint(m_isTouchDrawing).paint(painter, rect());
+        m_hint.paint(painter, rect(), m_isTouchDrawing);
     if (m_capturedCursorPoint)
         painter.drawPixmap(viewPosition(*m_capturedCursorPoint) - m_cursor.hotSpot(), m_cursor.pixmap());
 }

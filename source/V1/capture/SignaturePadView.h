@@ -4,6 +4,7 @@
 #include "V1/capture/SignatureDrawing.h"
 #include "V1/capture/StrokeHistory.h"
 #include "V1/capture/TouchSource.h"
+#include "V1/capture/TrackpadHint.h"
 
 #include <QColor>
 #include <QCursor>
@@ -150,6 +151,7 @@ private:
     std::optional<int> m_draggingFinger;
 
     bool m_isTouchDrawing = false;
+    inkory::TrackpadHint m_hint;
     bool m_isTap = false; // of a finger or a pen, which will start capture
     std::optional<std::int64_t> m_drawingBeginTouchIdentity;
     std::optional<inkory::PadPoint> m_capturedCursorPoint; // where the brush is shown during capture

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QImage>
 #include <QRectF>
 #include <QString>
 
@@ -8,19 +9,19 @@ class QPainter;
 namespace inkory
 {
 
-/// What is written over the pad in trackpad mode: how to start drawing, or, during capture, how to stop.
+/// What is written over the pad in trackpad mode: how to start drawing, or, during capture, how to stop. White with a
+/// soft black shadow. Kept as an image, because the shadow takes longer than a frame may.
 class TrackpadHint
 {
 public:
-    explicit TrackpadHint(bool isCapturing) : m_isCapturing(isCapturing) {}
+    static QString text(bool isCapturing);
 
-    QString text() const;
-    /// White with a soft black shadow; in the middle of the pad, or near its lower edge during capture. The painter is
-    /// the pad's.
-    void paint(QPainter &painter, const QRectF &pad) const;
+    /// In the middle of the pad, or near its lower edge during capture. The painter is the pad's.
+    void paint(QPainter &painter, const QRectF &pad, bool isCapturing);
 
 private:
-    bool m_isCapturing;
+    QImage m_image; // null until it is painted
+    bool m_isCapturing = false;
 };
 
 } // namespace inkory
