@@ -133,11 +133,11 @@ void SignaturePadView::pointerMoved(QPointF position, Qt::MouseButtons buttons)
 
 void SignaturePadView::pointerReleased(QPointF position)
 {
-    if (m_signatureDrawingMode == SignatureDrawingModeDrag)
-        m_history.endStep(); // isDrawing stays: no drag follows without a press, which starts anew
-    else if (m_signatureDrawingMode == SignatureDrawingModeClick && m_isDrawing)
+    if (m_signatureDrawingMode != SignatureDrawingModeClick)
+        return; // isDrawing stays: no drag follows without a press, which starts anew
+    if (m_isDrawing)
         stopDrawing();
-    else if (m_signatureDrawingMode == SignatureDrawingModeClick)
+    else
         startDrawingFromPoint(padPointAt(position));
 }
 
@@ -256,9 +256,8 @@ void SignaturePadView::dragFingers(const QTouchEvent &event)
             m_draggingFinger = finger.id();
             startDrawingFromPoint(padPointAt(finger.position()));
         } else if (m_draggingFinger == finger.id() && state != QEventPoint::State::Stationary) {
-            const PadPoint point = padPointAt(finger.position());
-            if (m_isDrawing && point != m_previousPoint)
-                trackToPoint(point);
+            if (m_isDrawing)
+                trackToPoint(padPointAt(finger.position()));
         }
         if (m_draggingFinger == finger.id() && state == QEventPoint::State::Released) {
             m_draggingFinger.reset();
@@ -327,8 +326,6 @@ void SignaturePadView::touchesEndedWithEvent(const Touches &touches)
         return;
     hideCursor();
     const Touch *touch = firstTouch(touches, endedMask);
-    if (!touch || touch->identity != m_drawingBeginTouchIdentity)
-        return;
-    trackToPoint(padPointOf(*touch));
-    m_history.endStep();
+    if (touch && touch->identity == m_drawingBeginTouchIdentity)
+        trackToPoint(padPointOf(*touch));
 }

@@ -48,6 +48,9 @@ TEST_F(Drawing, LinesAreAsThickInPointsAtEveryDensityAlsoWhenThePadGrows)
         EXPECT_EQ(drawn(), line) << ratio;
         drag({{210, 100}});
         EXPECT_EQ(drawn().right(), pixels(214) - 1) << ratio;
+        m_pad.undo();
+        m_pad.undo();
+        EXPECT_TRUE(drawn().isEmpty()) << ratio;
     }
 }
 

@@ -44,7 +44,11 @@ protected:
 
 TEST_F(Trackpad, AClickOfTheTrackpadCapturesAndEscapeGivesBack)
 {
-    click(); // of the mouse
+    QKeyEvent escape(QEvent::KeyPress, Qt::Key_Escape, Qt::NoModifier);
+    m_pad.setFocus();
+    QCoreApplication::sendEvent(&m_pad, &escape);
+    EXPECT_FALSE(escape.isAccepted()); // goes on to the window
+    click();                           // of the mouse
     m_source.m_isThere = false;
     m_pad.setTouchSource(&m_source);
     click();
