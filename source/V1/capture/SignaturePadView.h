@@ -3,8 +3,8 @@
 #include "V1/capture/PadGeometry.h"
 #include "V1/capture/SignatureDrawing.h"
 #include "V1/capture/StrokeHistory.h"
-#include "V1/capture/TouchSource.h"
 #include "V1/capture/TrackpadHint.h"
+#include "platform/widgets/TouchSource.h"
 
 #include <QColor>
 #include <QCursor>
@@ -23,7 +23,7 @@ class QTouchEvent;
 /// record of the drawing.
 ///
 /// Every pointer event counts, so the application turns Qt::AA_CompressHighFrequencyEvents and
-/// Qt::AA_CompressTabletEvents off before it makes its QApplication.
+/// Qt::AA_CompressTabletEvents off, once it has its QApplication: making it may turn them on.
 class SignaturePadView : public QWidget, public inkory::TouchReceiver
 {
     Q_OBJECT
