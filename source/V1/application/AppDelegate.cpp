@@ -4,6 +4,8 @@
 #include "V1/application/KRDocumentController.h"
 #include "V1/application/PDFDocumentModel.h"
 #include "V1/application/WelcomeWindowController.h"
+#include "V1/capture/SignatureWindowController.h"
+#include "V1/library/ImageStampSelectionController.h"
 #include "platform/core/NotificationCenter.h"
 #include "platform/core/PlatformVersion.h"
 #include "platform/core/UserDefaults.h"
@@ -67,6 +69,9 @@ AppDelegate::Launch AppDelegate::applicationWillFinishLaunching()
     }
 
     inkory::registerApplicationInterfaceDescriptions();
+    ImageStampSelectionController::setSignatureWindowRunner([](inkory::ImageStampReceiver &receiver) {
+        return SignatureWindowController::sharedController().showModal(receiver);
+    });
     m_documentController = std::make_unique<KRDocumentController>();
     m_documentController->setDocumentFactory([] { return std::make_unique<PDFDocumentModel>(); });
     connect(m_documentController.get(), &KRDocumentController::documentOpened, this, &AppDelegate::documentOpened);

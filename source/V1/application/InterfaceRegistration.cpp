@@ -1,6 +1,7 @@
 #include "V1/application/InterfaceRegistration.h"
 
 #include "V1/application/DocumentWindow.h"
+#include "V1/capture/CaptureInterfaceDescriptions.h"
 #include "V1/library/LibraryInterfaceDescriptions.h"
 #include "platform/widgets/InterfaceDescriptions.h"
 
@@ -12,6 +13,7 @@ namespace inkory
 void registerApplicationInterfaceDescriptions()
 {
     registerLibraryInterfaceDescriptions();
+    registerCaptureInterfaceDescriptions();
     registerDocumentWindowDescription();
     registerInterfaceDescription(QStringLiteral("WelcomeWindow"), []() -> std::unique_ptr<QWidget> {
         auto window = std::make_unique<QWidget>();

@@ -24,6 +24,9 @@ int main(int argc, char **argv)
     inkory::EngineProcess::prepareSpare(); // first, so that it gets ready while the windows do
     QApplication application(argc, argv);
     Q_INIT_RESOURCE(inkory);
+    // A stroke is drawn through every point that the pointer came by. Now, as the platform has just set its own wish.
+    QApplication::setAttribute(Qt::AA_CompressHighFrequencyEvents, false);
+    QApplication::setAttribute(Qt::AA_CompressTabletEvents, false);
     QApplication::setApplicationName(QStringLiteral("inkory"));
     QApplication::setApplicationVersion(QStringLiteral(INKORY_VERSION));
     QApplication::setApplicationDisplayName(QStringLiteral("Inkory"));
