@@ -2,7 +2,7 @@
 
 #include "support/Tools.h"
 
-#include <QCursor>
+#include <QFileInfo>
 #include <QGuiApplication>
 #include <QPixmap>
 #include <QScreen>
@@ -18,6 +18,7 @@ namespace
 
 constexpr int patienceMilliseconds = 15'000;
 constexpr int settleMilliseconds = 150;
+constexpr int questionMilliseconds = 500; // until the question is there, or what follows a save is done
 
 bool waitFor(const std::function<bool()> &condition)
 {
@@ -29,9 +30,16 @@ ToolOutcome xdotool(const QStringList &arguments)
     return runTool(QStringLiteral("xdotool"), arguments);
 }
 
+QPoint pointerPosition()
+{
+    // x:700 y:500 screen:0 window:1234
+    const QList<QByteArray> parts = xdotool({QStringLiteral("getmouselocation")}).output.split(' ');
+    return parts.size() < 2 ? QPoint(-1, -1) : QPoint(parts[0].mid(2).toInt(), parts[1].mid(2).toInt());
+}
+
 void movePointer(const QPoint &position)
 {
-    if (QCursor::pos() != position) { // xdotool would wait for a movement
+    if (pointerPosition() != position) { // xdotool would wait for a movement
         xdotool({QStringLiteral("mousemove"), QStringLiteral("--sync"), QString::number(position.x()),
                  QString::number(position.y())});
     }
@@ -53,11 +61,15 @@ Desktop::~Desktop()
     m_program.waitForFinished();
 }
 
-bool Desktop::start(const QStringList &arguments, const QString &title)
+bool Desktop::open(const QString &path)
 {
     m_program.setProcessChannelMode(QProcess::MergedChannels);
-    m_program.start(QStringLiteral(INKORY_PROGRAM), arguments);
-    return m_program.waitForStarted() && activate(title);
+    m_program.start(QStringLiteral(INKORY_PROGRAM), {path});
+    if (!m_program.waitForStarted() || !activate(QFileInfo(path).fileName()))
+        return false;
+    press(QStringLiteral("F9"));
+    press(QStringLiteral("ctrl+0"));
+    return true;
 }
 
 bool Desktop::activate(const QString &title)
@@ -94,14 +106,34 @@ void Desktop::click(const QPoint &position)
     QTest::qWait(settleMilliseconds);
 }
 
-void Desktop::drag(const QPoint &from, const QPoint &to)
+void Desktop::drag(const QList<QPoint> &path)
 {
-    movePointer(from);
+    movePointer(path.front());
     xdotool({QStringLiteral("mousedown"), QStringLiteral("1")});
-    movePointer((from + to) / 2);
-    movePointer(to);
+    for (const QPoint &position : path)
+        movePointer(position);
     xdotool({QStringLiteral("mouseup"), QStringLiteral("1")});
     QTest::qWait(settleMilliseconds);
+}
+
+bool Desktop::pointerReaches(const QPoint &position)
+{
+    xdotool({QStringLiteral("mousemove"), QString::number(position.x()), QString::number(position.y())});
+    QTest::qWait(settleMilliseconds);
+    return pointerPosition() == position;
+}
+
+bool Desktop::saveAndQuit(const QString &path)
+{
+    const QByteArray original = readFile(path);
+    press(QStringLiteral("ctrl+s"));
+    QTest::qWait(questionMilliseconds);
+    press(QStringLiteral("Return"));
+    if (!waitFor([&] { return readFile(path) != original; }))
+        return false;
+    QTest::qWait(questionMilliseconds);
+    press(QStringLiteral("ctrl+q"));
+    return waitForEnd() == 0;
 }
 
 int Desktop::waitForEnd()
