@@ -78,20 +78,21 @@ void CaptureColorWell::paintEvent(QPaintEvent *)
     option.initFrom(this);
     option.state |= isDown() ? QStyle::State_Sunken : QStyle::State_Raised;
     style()->drawControl(QStyle::CE_PushButtonBevel, &option, &painter, this);
+    if (hasFocus()) { // below the color: some styles tint what they frame
+        QStyleOptionFocusRect focus;
+        focus.initFrom(this);
+        focus.rect = rect().adjusted(2, 2, -2, -2);
+        style()->drawPrimitive(QStyle::PE_FrameFocusRect, &focus, &painter, this);
+    }
     const QRect inner = rect().adjusted(margin, margin, -margin, -margin);
     painter.setOpacity(isEnabled() ? 1 : 0.3);
     painter.fillRect(inner, Qt::white); // below colours that are not opaque
     painter.fillRect(inner, m_color);
     QColor edge = palette().color(QPalette::ButtonText);
     edge.setAlphaF(0.35F);
-    painter.setPen(edge);
-    painter.drawRect(inner.adjusted(0, 0, -1, -1));
-    if (hasFocus()) {
-        QStyleOptionFocusRect focus;
-        focus.initFrom(this);
-        focus.rect = rect().adjusted(2, 2, -2, -2);
-        style()->drawPrimitive(QStyle::PE_FrameFocusRect, &focus, &painter, this);
-    }
+    painter.setRenderHint(QPainter::Antialiasing);
+    painter.setPen(QPen(edge, 1, Qt::SolidLine, Qt::SquareCap, Qt::MiterJoin));
+    painter.drawRect(QRectF(inner).adjusted(0.5, 0.5, -0.5, -0.5)); // sharp at every whole density
 }
 
 } // namespace inkory
