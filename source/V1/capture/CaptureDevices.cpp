@@ -54,8 +54,12 @@ void CaptureDevices::suspend()
 void CaptureDevices::resume()
 {
     TouchReceiver *receiver = m_receiver;
-    if (receiver && !beginCapture(*receiver))
+    if (!receiver || held() != Held::Nothing)
+        return;
+    // A pointer that is elsewhere came back to click there.
+    if (!m_touchpad.beginCapture(*receiver) && !(m_pointer.isPointerThere() && m_pointer.beginCapture(*receiver)))
         receiver->touchSourceLost();
+    Q_EMIT changed();
 }
 
 } // namespace inkory

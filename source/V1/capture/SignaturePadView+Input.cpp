@@ -2,13 +2,16 @@
 
 #include "platform/core/PhysicalKeys.h"
 
+#include <QGuiApplication>
 #include <QKeyEvent>
 #include <QMouseEvent>
 #include <QPointingDevice>
+#include <QStyleHints>
 #include <QTabletEvent>
 #include <QTouchEvent>
 
 #include <algorithm>
+#include <utility>
 
 using namespace inkory;
 
@@ -84,9 +87,10 @@ void SignaturePadView::startCapture(QInputDevice::DeviceType clickedDevice)
 {
     const bool isTrackpad = m_touchSource ? m_touchSource->startsWithClickOf(clickedDevice)
                                           : clickedDevice == QInputDevice::DeviceType::TouchPad;
-    if (m_isTouchDrawing || !isTrackpad || (m_touchSource && !m_touchSource->beginCapture(*this)))
+    if (!isTrackpad || (m_touchSource && !m_touchSource->beginCapture(*this)))
         return;
-    setIsTouchDrawing(true);
+    if (!m_isTouchDrawing) // a tap may have begun it, without the source
+        setIsTouchDrawing(true);
 }
 
 void SignaturePadView::leaveCapture()
@@ -149,8 +153,10 @@ QPointF SignaturePadView::exactPosition(const QMouseEvent &event) const
 
 void SignaturePadView::mousePressEvent(QMouseEvent *event)
 {
-    if (event->button() == Qt::LeftButton)
-        pointerPressed(exactPosition(*event));
+    if (event->button() != Qt::LeftButton)
+        return;
+    noteTap(exactPosition(*event));
+    pointerPressed(exactPosition(*event));
 }
 
 void SignaturePadView::mouseMoveEvent(QMouseEvent *event)
@@ -162,10 +168,23 @@ void SignaturePadView::mouseReleaseEvent(QMouseEvent *event)
 {
     if (event->button() != Qt::LeftButton)
         return;
-    if (m_signatureDrawingMode == SignatureDrawingModeTrackpad)
-        startCapture(event->pointingDevice()->type());
-    else
+    if (m_signatureDrawingMode != SignatureDrawingModeTrackpad)
         pointerReleased(exactPosition(*event));
+    else if (std::exchange(m_isTap, false)) // not of a press from before the mode, or during capture
+        startCapture(event->pointingDevice()->type());
+}
+
+void SignaturePadView::noteTap(QPointF position)
+{
+    m_isTap = m_signatureDrawingMode == SignatureDrawingModeTrackpad;
+    m_tapStart = position;
+}
+
+// What goes far is a stroke by somebody who does not know yet how this begins.
+void SignaturePadView::followTap(QPointF position)
+{
+    const double farthest = QGuiApplication::styleHints()->startDragDistance();
+    m_isTap = m_isTap && (position - m_tapStart).manhattanLength() < farthest;
 }
 
 // Accepted whatever it does, so that no mouse is made of it.
@@ -175,9 +194,10 @@ void SignaturePadView::tabletEvent(QTabletEvent *event)
     if (m_isTouchDrawing) {
         capturedPenEvent(*event);
     } else if (event->type() == QEvent::TabletMove) {
+        followTap(event->position());
         pointerMoved(event->position(), event->buttons());
     } else if (event->type() == QEvent::TabletPress && isTip) {
-        m_isTap = m_signatureDrawingMode == SignatureDrawingModeTrackpad;
+        noteTap(event->position());
         pointerPressed(event->position());
     } else if (event->type() == QEvent::TabletRelease && isTip) {
         if (m_isTap)
@@ -216,6 +236,9 @@ bool SignaturePadView::event(QEvent *event)
             return true;
         }
         return QWidget::event(event);
+    case QEvent::ScreenChangeInternal:
+        coverPad();
+        return QWidget::event(event);
     case QEvent::ShortcutOverride: // Escape ends capture, and does not close the window
         if (m_isTouchDrawing && physicalKey(*static_cast<QKeyEvent *>(event)) == PhysicalKey::Escape)
             event->accept();
@@ -233,10 +256,14 @@ bool SignaturePadView::touchEvent(const QTouchEvent &event)
     } else if (m_signatureDrawingMode == SignatureDrawingModeDrag) {
         dragFingers(event);
     } else if (m_signatureDrawingMode == SignatureDrawingModeTrackpad) {
+        const QPointF finger = event.points().isEmpty() ? m_tapStart : event.points().first().position();
+        if (event.type() == QEvent::TouchBegin)
+            noteTap(finger);
+        else if (event.type() == QEvent::TouchCancel)
+            m_isTap = false;
+        followTap(finger);
         if (event.type() == QEvent::TouchEnd && m_isTap)
             setIsTouchDrawing(true);
-        else
-            m_isTap = event.type() == QEvent::TouchBegin || (m_isTap && event.type() == QEvent::TouchUpdate);
     } else {
         return false;
     }
@@ -246,23 +273,19 @@ bool SignaturePadView::touchEvent(const QTouchEvent &event)
 // The first finger draws; others that come to lie on the pad meanwhile do not.
 void SignaturePadView::dragFingers(const QTouchEvent &event)
 {
-    if (event.type() == QEvent::TouchCancel) {
-        m_draggingFinger.reset();
+    if (event.type() == QEvent::TouchCancel)
         stopDrawing();
-    }
     for (const QEventPoint &finger : event.points()) {
         const auto state = finger.state();
         if (state == QEventPoint::State::Pressed && !m_draggingFinger) {
-            m_draggingFinger = finger.id();
             startDrawingFromPoint(padPointAt(finger.position()));
+            m_draggingFinger = finger.id();
         } else if (m_draggingFinger == finger.id() && state != QEventPoint::State::Stationary) {
             if (m_isDrawing)
                 trackToPoint(padPointAt(finger.position()));
         }
-        if (m_draggingFinger == finger.id() && state == QEventPoint::State::Released) {
-            m_draggingFinger.reset();
+        if (m_draggingFinger == finger.id() && state == QEventPoint::State::Released)
             stopDrawing();
-        }
     }
 }
 
@@ -282,13 +305,15 @@ void SignaturePadView::touchesChanged(const Touches &touches)
 {
     const Touch *first = firstTouch(touches, touchingMask);
     const bool startsAnew = first && first->phase == TouchPhase::Began;
+    if (firstTouch(touches, endedMask)) // first, as a number may end and be used again within one report
+        touchesEndedWithEvent(touches);
+    if (startsAnew)
+        m_history.endStep(); // the last one may never have ended
     // Where another finger comes to lie on the surface, the line first goes on to where the drawing one is by now.
     if (!startsAnew && firstTouch(touches, static_cast<unsigned>(TouchPhase::Moved)))
         touchesMovedWithEvent(touches);
     if (firstTouch(touches, static_cast<unsigned>(TouchPhase::Began)))
         touchesBeganWithEvent(touches);
-    if (firstTouch(touches, endedMask))
-        touchesEndedWithEvent(touches);
     if (!first) {
         hideCursor();
         m_history.endStep();

@@ -80,7 +80,9 @@ void SignaturePadView::awakeFromNib()
 
 void SignaturePadView::setImage(const QImage &image)
 {
+    stopDrawing(); // of the last drawing
     m_image = image.convertToFormat(QImage::Format_ARGB32_Premultiplied);
+    m_hasScreensDensity = m_image.isNull();
     m_history.forgetAll();
     coverPad();
     update();
@@ -91,6 +93,9 @@ void SignaturePadView::coverPad()
 {
     if (size().isEmpty())
         return;
+    const bool isUntouched = !canUndo() && !canRedo() && !m_isDrawing;
+    if (m_hasScreensDensity && isUntouched && m_image.devicePixelRatio() != devicePixelRatioF())
+        m_image = {}; // the window has come to another screen
     const double ratio = m_image.isNull() ? devicePixelRatioF() : m_image.devicePixelRatio();
     const QImage empty = emptyPadImage(size(), ratio);
     const QSize covering = m_image.size().expandedTo(empty.size());
@@ -111,6 +116,7 @@ void SignaturePadView::startDrawingFromPoint(PadPoint point)
 void SignaturePadView::stopDrawing()
 {
     m_isDrawing = false;
+    m_draggingFinger.reset(); // its end may be told somewhere else
     m_history.endStep();
 }
 

@@ -127,6 +127,8 @@ private:
     void pointerMoved(QPointF position, Qt::MouseButtons buttons);
     void pointerReleased(QPointF position);
     void trackToPoint(inkory::PadPoint point);
+    void noteTap(QPointF position);
+    void followTap(QPointF position);
     void startCapture(QInputDevice::DeviceType clickedDevice);
     void leaveCapture();
 
@@ -136,6 +138,7 @@ private:
     QRect capturedCursorRect() const;
 
     QImage m_image;
+    bool m_hasScreensDensity = false; // the image was made here, and not taken over
     inkory::StrokeHistory m_history;
     bool m_couldUndo = false; // as last signalled
     bool m_couldRedo = false;
@@ -152,7 +155,8 @@ private:
 
     bool m_isTouchDrawing = false;
     inkory::TrackpadHint m_hint;
-    bool m_isTap = false; // of a finger or a pen, which will start capture
+    bool m_isTap = false; // a press in trackpad mode that will start capture
+    QPointF m_tapStart;
     std::optional<std::int64_t> m_drawingBeginTouchIdentity;
     std::optional<inkory::PadPoint> m_capturedCursorPoint; // where the brush is shown during capture
     inkory::TouchSource *m_touchSource = nullptr;

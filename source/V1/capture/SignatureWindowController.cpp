@@ -13,6 +13,7 @@
 #include "platform/widgets/ModalSession.h"
 #include "platform/widgets/SegmentedControl.h"
 
+#include <QAbstractButton>
 #include <QAccessible>
 #include <QComboBox>
 #include <QCoreApplication>
@@ -125,6 +126,8 @@ void SignatureWindowController::windowWillClose()
 
 void SignatureWindowController::done()
 {
+    if (!m_running)
+        return; // a second click that waited in the queue
     const ImagePtr drawn = trimmedSignature(m_signaturePadView->image());
     if (!drawn)
         return closeWithCode(NoSignature);
@@ -136,10 +139,14 @@ void SignatureWindowController::done()
     logLine(QStringLiteral("Unable to obtain image from Image Collection!"));
     Alert alert;
     alert.messageText = tr("Your signature could not be kept");
-    alert.informativeText =
-        (ImageStampCollection::problems() + QStringList(tr("The drawing is still there: try again, or cancel.")))
-            .join(QStringLiteral("\n\n"));
-    alert.runModal(window());
+    alert.informativeText = (ImageStampCollection::problems() +
+                             QStringList(tr("Try again once that is mended: the drawing is still there.")))
+                                .join(QStringLiteral("\n\n"));
+    alert.buttons = {tr("Try Again"), tr("Close Without It")};
+    constexpr int tryAgain = 1;
+    if (alert.runModal(window()) == tryAgain)
+        return done();
+    closeWithCode(NoSignature);
 }
 
 void SignatureWindowController::clearClicked()
@@ -188,6 +195,8 @@ void SignatureWindowController::switchSignatureDrawTool(SegmentedControl *sender
     const int tool = sender->tagForSegment(sender->selectedSegment());
     const bool isEnabled = tool != SignatureDrawToolEraser;
     m_colorWell->setEnabled(isEnabled);
+    if (!isEnabled)
+        m_colorWell->closePanel();
     const auto swatches = m_colorButtonsView->findChildren<ColorSelectButtonCell *>();
     for (ColorSelectButtonCell *swatch : swatches)
         swatch->setEnabled(isEnabled);
@@ -250,7 +259,8 @@ bool SignatureWindowController::eventFilter(QObject *watched, QEvent *event)
             m_devices->suspend();
         else if (event->type() == QEvent::PaletteChange)
             applyIcons();
-        else if (event->type() == QEvent::KeyPress && keepsForEscape(static_cast<QKeyEvent &>(*event)))
+        else if (event->type() == QEvent::KeyPress && (keepsForEscape(static_cast<QKeyEvent &>(*event)) ||
+                                                       clicksWithReturn(static_cast<QKeyEvent &>(*event))))
             return true;
     }
     return WindowController::eventFilter(watched, event);
@@ -274,9 +284,20 @@ bool SignatureWindowController::keepsForEscape(const QKeyEvent &event)
     return true;
 }
 
+/// Return is for the button that has the keyboard; where none has it, for the default one.
+bool SignatureWindowController::clicksWithReturn(const QKeyEvent &event)
+{
+    auto *button = qobject_cast<QAbstractButton *>(window()->focusWidget());
+    if (!button || (event.key() != Qt::Key_Return && event.key() != Qt::Key_Enter))
+        return false;
+    button->click();
+    return true;
+}
+
 /// What trackpad mode can do with the devices that there are.
 void SignatureWindowController::showAdvice()
 {
+    m_warnedOfDrawing = 0; // the warning is about to go
     QStringList lines;
     if (m_signaturePadView->signatureDrawingMode() == SignatureDrawingModeTrackpad) {
         if (m_devices->held() == CaptureDevices::Held::Pointer)

@@ -87,6 +87,7 @@ private:
     void hideThicknessSliderLabel();
     void windowDidBecomeKey();
     void undoStateChanged();
+    bool clicksWithReturn(const QKeyEvent &event);
     bool keepsForEscape(const QKeyEvent &event);
     void showAdvice();
     void say(const QString &advice);

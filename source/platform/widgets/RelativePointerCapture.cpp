@@ -20,6 +20,11 @@ bool RelativePointerCapture::isOffered()
     return !QGuiApplication::platformName().startsWith(QStringLiteral("wayland"));
 }
 
+bool RelativePointerCapture::isPointerThere() const
+{
+    return m_surface && m_surface->rect().contains(m_surface->mapFromGlobal(QCursor::pos()));
+}
+
 bool RelativePointerCapture::beginCapture(TouchReceiver &receiver)
 {
     if (isCaptured() || !isOffered() || !m_surface || !m_surface->isVisible())
@@ -73,9 +78,9 @@ void RelativePointerCapture::press(const QMouseEvent &event)
 
 void RelativePointerCapture::move(const QMouseEvent &event)
 {
-    const QPointF wanted = event.position();
-    const QPointF kept(std::clamp(wanted.x(), 0.0, m_surface->width() - 1.0),
-                       std::clamp(wanted.y(), 0.0, m_surface->height() - 1.0));
+    const QPointF wanted = m_surface->mapFromGlobal(event.globalPosition()); // not in whole points
+    const QPointF kept(std::clamp(wanted.x(), 0.0, static_cast<double>(m_surface->width())),
+                       std::clamp(wanted.y(), 0.0, static_cast<double>(m_surface->height())));
     if (kept != wanted)
         QCursor::setPos(m_surface->mapToGlobal(kept.toPoint()));
     if (kept == m_position)

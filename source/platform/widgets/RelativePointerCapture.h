@@ -26,6 +26,8 @@ public:
 
     /// Whether this desktop lets a program hold the pointer.
     static bool isOffered();
+    /// Whether the pointer is on the widget.
+    bool isPointerThere() const;
 
     bool startsWithClickOf(QInputDevice::DeviceType) const override { return true; }
     /// The widget must be shown.

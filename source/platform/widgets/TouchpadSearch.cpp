@@ -3,6 +3,7 @@
 #include <QDir>
 #include <QFile>
 
+#include <algorithm>
 #include <cerrno>
 #include <fcntl.h>
 #include <linux/input.h>
@@ -77,6 +78,10 @@ QStringList touchpadNames(const QString &describedIn)
         if (isTouchpad(describedIn + QLatin1Char('/') + name))
             names.append(name);
     }
+    const auto isBefore = [](const QString &a, const QString &b) {
+        return a.size() != b.size() ? a.size() < b.size() : a < b; // by their numbers: 5 comes before 10
+    };
+    std::sort(names.begin(), names.end(), isBefore);
     return names;
 }
 

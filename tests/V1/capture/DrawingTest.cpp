@@ -109,6 +109,16 @@ TEST_F(Drawing, FingersAndPensDrawByDragging)
     fingers().release(4, inWindow({60, 80}));
     EXPECT_EQ(drawn(), QRect(15, 15, 60, 10));
 
+    startEmpty(1); // a finger that is lifted in another mode
+    fingers().press(5, inWindow({20, 20}));
+    m_pad.setSignatureDrawingMode(SignatureDrawingModeClick);
+    fingers().release(5, inWindow({20, 20}));
+    m_pad.setSignatureDrawingMode(SignatureDrawingModeDrag);
+    startEmpty(1);
+    fingers().press(6, inWindow({20, 60}));
+    fingers().release(6, inWindow({60, 60}));
+    EXPECT_EQ(drawn(), QRect(15, 55, 50, 10));
+
     const QPointingDevice pen(u"pen"_qs, 1, QInputDevice::DeviceType::Stylus, QPointingDevice::PointerType::Pen,
                               QInputDevice::Capability::All, 1, 2);
     startEmpty(1);

@@ -13,12 +13,18 @@
 
 #include <QApplication>
 #include <QComboBox>
+#include <QFile>
 #include <QLabel>
 #include <QSlider>
 #include <QTest>
 #include <QTimer>
 #include <QToolButton>
 #include <QWindow>
+
+#include <algorithm>
+#include <array>
+#include <fcntl.h>
+#include <unistd.h>
 
 namespace
 {
@@ -153,24 +159,67 @@ TEST_F(SignatureWindowTest, StoresWhatIsDrawnAndHandsItOver)
     EXPECT_EQ(stored.pixelColor(stored.rect().center()), QColor(Qt::black));
 }
 
-TEST_F(SignatureWindowTest, KeepsADrawingThatCannotBeStored)
+TEST_F(SignatureWindowTest, StoresAtTheNextAttemptWhatCouldNotBeStored)
 {
-    makeFile(u"data/inkory/signatures"_qs, "in the way of the folder");
-    EXPECT_FALSE(run([this] {
+    const QString inTheWay = makeFile(u"data/inkory/signatures"_qs, "in the way of the folder");
+    int alerts = 0;
+    inkory::Alert::setResponder([&](const inkory::Alert &alert) {
+        EXPECT_TRUE(alert.informativeText.contains(ImageStampCollection::problems().value(0)));
+        EXPECT_TRUE(window().isVisible() && !isEmpty());
+        if (++alerts == 3)
+            QFile::remove(inTheWay);
+        return alerts == 1 ? 0 : 1; // close first; in the second window try again, and again
+    });
+    const auto draw = [] {
         drag({60, 40}, {100, 40});
         click("doneButton");
-        ASSERT_EQ(m_alerts.size(), 1);
-        EXPECT_TRUE(m_alerts.first().informativeText.contains(ImageStampCollection::problems().value(0)));
-        EXPECT_TRUE(window().isVisible());
-        EXPECT_FALSE(isEmpty());
-        // Escape throws it away only when it was said.
+    };
+    EXPECT_FALSE(run(draw));
+    EXPECT_TRUE(m_receiver.m_images.isEmpty());
+    EXPECT_TRUE(run(draw));
+    EXPECT_EQ(alerts, 3);
+    EXPECT_EQ(m_receiver.m_images.size(), 1);
+}
+
+TEST_F(SignatureWindowTest, EscapeThrowsADrawingAwayOnlyAfterAWord)
+{
+    EXPECT_FALSE(run([] {
+        drag({60, 40}, {100, 40});
+        press(Qt::Key_Escape);
+        EXPECT_FALSE(part<QLabel>("adviceLabel").text().isEmpty());
+        choose("drawMethodMatrix", 1); // the words are gone
+        choose("drawMethodMatrix", 0);
         press(Qt::Key_Escape);
         EXPECT_TRUE(window().isVisible());
-        EXPECT_FALSE(part<QLabel>("adviceLabel").text().isEmpty());
         press(Qt::Key_Escape);
         EXPECT_FALSE(window().isVisible());
     }));
+}
+
+TEST_F(SignatureWindowTest, ButtonsDoTheirOwnThingAndOnce)
+{
+    EXPECT_FALSE(run([] {
+        drag({60, 40}, {100, 40});
+        part<QAbstractButton>("cancelButton").setFocus();
+        press(Qt::Key_Return);
+        controller().done(); // waited in the queue
+    }));
     EXPECT_TRUE(m_receiver.m_images.isEmpty());
+    EXPECT_TRUE(filesInLibrary().isEmpty());
+}
+
+TEST_F(SignatureWindowTest, ALineFromClickToClickEndsWithTheWindow)
+{
+    run([] {
+        choose("drawMethodMatrix", 1);
+        QTest::mouseClick(window().windowHandle(), Qt::LeftButton, {}, onPad({60, 40}));
+        press(Qt::Key_Return);
+    });
+    run([] {
+        QTest::mouseMove(window().windowHandle(), onPad({120, 90}));
+        EXPECT_TRUE(isEmpty());
+        controller().closePanel();
+    });
 }
 
 TEST_F(SignatureWindowTest, ThePanelsColorIsNotThatOfTexts)
@@ -182,8 +231,10 @@ TEST_F(SignatureWindowTest, ThePanelsColorIsNotThatOfTexts)
         EXPECT_TRUE(panel.isVisible());
         Q_EMIT panel.colorChanged(Qt::cyan);
         EXPECT_EQ(pad().color(), QColor(Qt::cyan));
+        choose("drawToolControl", 1);
+        EXPECT_FALSE(panel.isVisible()) << "an eraser has no colour";
+        choose("drawToolControl", 0);
         controller().closePanel();
-        EXPECT_FALSE(panel.isVisible());
     });
     EXPECT_EQ(inkory::sharedFontManager().selectedColor(), QColor(Qt::green));
 }
@@ -212,16 +263,67 @@ TEST_F(SignatureWindowTest, GivesThePointerBackWhicheverWayItIsLeft)
         EXPECT_TRUE(isFree());
         EXPECT_FALSE(pad().isTouchDrawing() || window().isVisible());
     }
+    run([&] { // Escape with the button held: its release starts nothing
+        QTest::mouseClick(window().windowHandle(), Qt::LeftButton, {}, onPad({80, 50}));
+        QTest::mousePress(window().windowHandle(), Qt::LeftButton, {}, onPad({80, 50}));
+        press(Qt::Key_Escape);
+        QTest::mouseRelease(window().windowHandle(), Qt::LeftButton, {}, onPad({80, 50}));
+        EXPECT_TRUE(isFree() && !pad().isTouchDrawing());
+        controller().closePanel();
+    });
     run([&] {
         QTest::mouseClick(window().windowHandle(), Qt::LeftButton, {}, onPad({80, 50}));
         QEvent away(QEvent::WindowDeactivate);
         QCoreApplication::sendEvent(&window(), &away);
         EXPECT_TRUE(isFree() && pad().isTouchDrawing());
+        QCursor::setPos(pad().mapToGlobal(QPoint(80, 50)));
         QEvent back(QEvent::WindowActivate);
         QCoreApplication::sendEvent(&window(), &back);
         EXPECT_EQ(QWidget::mouseGrabber(), &pad());
+        QCoreApplication::sendEvent(&window(), &away);
+        QCursor::setPos(window().mapToGlobal(QPoint(-5, -5)));
+        QCoreApplication::sendEvent(&window(), &back);
+        EXPECT_TRUE(isFree() && !pad().isTouchDrawing()) << "back for something else";
         controller().closePanel();
     });
+}
+
+// Whoever has the touchpad must give it back: nothing else would move the pointer.
+TEST_F(SignatureWindowTest, GivesTheTouchpadBackWhicheverWayItIsLeft)
+{
+    QList<bool> grabs;
+    QList<int> openEnds; // a pipe without a writer is a lost device
+    CaptureDevices::setTouchpadOpener([&] {
+        std::array<int, 2> ends{};
+        EXPECT_EQ(::pipe2(ends.data(), O_NONBLOCK | O_CLOEXEC), 0);
+        openEnds.append(ends[1]);
+        const inkory::TouchpadReader::Surface surface{{0, 1000}, {0, 500}};
+        return Touchpad{Touchpad::State::Open, std::make_unique<inkory::TouchpadReader>(ends[0], surface),
+                        [&grabs](bool grabbed) {
+                            grabs.append(grabbed);
+                            return true;
+                        }};
+    });
+    SignatureWindowController::releaseShared(); // the devices are opened by what is set when they are made
+    const std::vector<std::function<void()>> waysOut = {[] { controller().closePanel(); }, [] { window().close(); },
+                                                        [] { press(Qt::Key_Escape), press(Qt::Key_Escape); },
+                                                        [] {
+                                                            QEvent away(QEvent::WindowDeactivate);
+                                                            QCoreApplication::sendEvent(&window(), &away);
+                                                            controller().closePanel();
+                                                        }};
+    for (const auto &leave : waysOut) {
+        grabs.clear();
+        run([&] {
+            choose("drawMethodMatrix", 2);
+            QTest::mouseClick(window().windowHandle(), Qt::LeftButton, {}, onPad({80, 50}));
+            EXPECT_EQ(grabs, QList<bool>{true});
+            leave();
+        });
+        EXPECT_EQ(grabs, (QList<bool>{true, false}));
+    }
+    SignatureWindowController::releaseShared();
+    std::for_each(openEnds.cbegin(), openEnds.cend(), ::close);
 }
 
 // A press and a drag draw as with a finger; a click lets the finger lie until the next one. The pad's edges are walls.
