@@ -4,6 +4,7 @@
 #include <QFile>
 
 #include <algorithm>
+#include <csignal>
 
 #include <unistd.h>
 
@@ -35,6 +36,12 @@ std::vector<pid_t> helperProcesses()
     }
     std::sort(helpers.begin(), helpers.end());
     return helpers;
+}
+
+void signalHelpers(int signal)
+{
+    for (const pid_t helper : helperProcesses())
+        ::kill(helper, signal);
 }
 
 } // namespace inkory::test

@@ -2,11 +2,6 @@
 
 #include "support/Tools.h"
 
-#include <QStringList>
-#include <QTemporaryDir>
-
-#include <gtest/gtest.h>
-
 #include <algorithm>
 
 namespace inkory::test

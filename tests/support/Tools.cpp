@@ -7,9 +7,6 @@
 #include <QPainter>
 #include <QProcess>
 #include <QRegularExpression>
-#include <QTemporaryDir>
-
-#include <gtest/gtest.h>
 
 #include <algorithm>
 #include <cmath>
@@ -91,23 +88,18 @@ QByteArray readFile(const QString &path)
     return file.readAll();
 }
 
-std::optional<std::vector<ListedPage>> pdfInfo(const QString &path)
+std::optional<std::vector<int>> pdfRotations(const QString &path)
 {
     const ToolOutcome outcome = runTool(QStringLiteral("pdfinfo"), {QStringLiteral("-f"), QStringLiteral("1"),
                                                                     QStringLiteral("-l"), QStringLiteral("-1"), path});
     if (!outcome.succeeded())
         return std::nullopt;
-
-    static const QRegularExpression size(QStringLiteral("^Page +\\d+ size: +([-\\d.]+) x ([-\\d.]+) pts"));
-    static const QRegularExpression rotation(QStringLiteral("^Page +\\d+ rot: +(\\d+)"));
-    std::vector<ListedPage> pages;
-    for (const QString &line : QString::fromUtf8(outcome.output).split(u'\n')) {
-        if (const auto found = size.match(line); found.hasMatch())
-            pages.push_back({QSizeF(found.captured(1).toDouble(), found.captured(2).toDouble()), 0});
-        else if (const auto turn = rotation.match(line); turn.hasMatch())
-            pages.back().rotation = turn.captured(1).toInt();
-    }
-    return pages;
+    static const QRegularExpression rotation(QStringLiteral("^Page +\\d+ rot: +(\\d+)"),
+                                             QRegularExpression::MultilineOption);
+    std::vector<int> rotations;
+    for (auto page = rotation.globalMatch(QString::fromUtf8(outcome.output)); page.hasNext();)
+        rotations.push_back(page.next().captured(1).toInt());
+    return rotations;
 }
 
 QImage renderWithPdftoppm(const QString &path, int page, double dotsPerInch, const QString &password)
@@ -190,6 +182,14 @@ int largestDifference(const QImage &first, const QImage &second)
             largest = std::max(largest, channelDifference(line[x], otherLine[x]));
     }
     return largest;
+}
+
+void expectNear(const QRectF &found, const QRectF &expected, double tolerance)
+{
+    EXPECT_NEAR(found.x(), expected.x(), tolerance);
+    EXPECT_NEAR(found.y(), expected.y(), tolerance);
+    EXPECT_NEAR(found.width(), expected.width(), tolerance);
+    EXPECT_NEAR(found.height(), expected.height(), tolerance);
 }
 
 LogCatcher::LogCatcher()

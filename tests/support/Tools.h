@@ -1,16 +1,31 @@
 #pragma once
 
+#include "platform/core/Geometry.h"
+
 #include <QByteArray>
 #include <QColor>
 #include <QImage>
 #include <QMutex>
 #include <QRect>
-#include <QSizeF>
 #include <QString>
 #include <QStringList>
+#include <QTemporaryDir>
+#include <QTest>
+
+#include <gtest/gtest.h>
 
 #include <optional>
 #include <vector>
+
+namespace inkory
+{
+
+inline void PrintTo(const PageRect &rect, std::ostream *out)
+{
+    *out << "(" << rect.x << ", " << rect.y << ", " << rect.width << ", " << rect.height << ")";
+}
+
+} // namespace inkory
 
 namespace inkory::test
 {
@@ -35,17 +50,8 @@ QString writeFile(const QString &folder, const QString &name, const QByteArray &
 /// All bytes of a file; empty (and a failed test) where it cannot be read.
 QByteArray readFile(const QString &path);
 
-/// One page as pdfinfo sees it.
-struct ListedPage
-{
-    /// Of the crop box, in points, before rotation.
-    QSizeF size;
-    /// 0, 90, 180 or 270 degrees.
-    int rotation = 0;
-};
-
-/// Every page of the file as pdfinfo sees it; none where it cannot open the file.
-std::optional<std::vector<ListedPage>> pdfInfo(const QString &path);
+/// The rotation of every page in degrees (0, 90, 180 or 270) as pdfinfo sees it; none where it cannot open the file.
+std::optional<std::vector<int>> pdfRotations(const QString &path);
 
 /// The shown part (crop box, turned by the page's rotation) of a page, numbered from 1, drawn by pdftoppm on white; a
 /// null image where it fails.
@@ -80,6 +86,9 @@ QRect findInkBounds(const QImage &image, const QColor &color, int tolerance = 40
 
 /// The largest difference of a colour channel between two images, on white; 255 where their sizes differ.
 int largestDifference(const QImage &first, const QImage &second);
+
+/// Compares places and sizes, and fails the running test where one differs by more than the tolerance.
+void expectNear(const QRectF &found, const QRectF &expected, double tolerance);
 
 /// Collects what is logged while it lives, from all threads. One at a time.
 class LogCatcher

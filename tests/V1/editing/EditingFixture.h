@@ -11,11 +11,7 @@
 #include <QMainWindow>
 #include <QScrollBar>
 #include <QSignalSpy>
-#include <QTemporaryDir>
-#include <QTest>
 #include <QToolButton>
-
-#include <gtest/gtest.h>
 
 /// An editing view of 700 x 500 pixels in a shown window, with a toolbar, an undo stack, and an open document.
 class EditingFixture : public ::testing::Test
@@ -56,7 +52,7 @@ protected:
 
     KRPDFPage &page(int index) const { return dynamic_cast<KRPDFPage &>(*document.pageAtIndex(index)); }
 
-    /// Scrolled so that the page begins at the top, at this zoom; the point of page space in the window.
+    /// The point of page space in the window.
     QPoint windowPoint(int pageIndex, inkory::PagePoint point)
     {
         const inkory::ViewPoint inView = view->convertPointFromPage(point, &page(pageIndex));

@@ -2,16 +2,6 @@
 
 #include "V1/editing/EditingFixture.h"
 
-namespace inkory
-{
-
-inline void PrintTo(const PageRect &rect, std::ostream *out)
-{
-    *out << "(" << rect.x << ", " << rect.y << ", " << rect.width << ", " << rect.height << ")";
-}
-
-} // namespace inkory
-
 /// Gestures on stamps, delivered to the window. Positions are the window's.
 class GestureFixture : public EditingFixture
 {

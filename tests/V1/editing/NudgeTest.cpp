@@ -1,52 +1,40 @@
 #include "V1/editing/GestureFixture.h"
 
 using namespace inkory;
-using namespace inkory::test;
-
-namespace
-{
 
 constexpr PageRect start{200, 600, 100, 40};
 
-struct Nudge
-{
-    int page;     // turned by as many quarter turns
-    PagePoint up; // one unit towards the top of the screen
-    PagePoint right;
-};
-
-class Nudges : public GestureFixture, public ::testing::WithParamInterface<Nudge>
-{
-};
-
-TEST_P(Nudges, GoByScreenDirectionsAndJoinTheNextStep)
+TEST_F(GestureFixture, NudgesGoByScreenDirectionsAndJoinTheNextStep)
 {
     openTurnedPages();
-    const auto &[pageIndex, up, right] = GetParam();
-    KRStamp &stamp = addStamp(pageIndex, start);
-    view->goToPage(pageIndex);
-    view->setScaleFactor(0.5);
-    view->setSelectedStampView(stamp.shared_from_this());
-    key(Qt::Key_Up);
-    EXPECT_EQ(stamp.frame(), (PageRect{200 + up.x, 600 + up.y, 100, 40}));
-    key(Qt::Key_Down);
-    key(Qt::Key_Right, Qt::ShiftModifier);
-    EXPECT_EQ(stamp.frame(), (PageRect{200 + 10 * right.x, 600 + 10 * right.y, 100, 40}));
-    key(Qt::Key_Left, Qt::ControlModifier);
-    key(Qt::Key_Return);
-    key(Qt::Key_Left);
-    EXPECT_EQ(stamp.frame(), (PageRect{200 + 9 * right.x, 600 + 9 * right.y, 100, 40}));
-    EXPECT_FALSE(undoManager.canUndo());
-    EXPECT_TRUE(undoManager.isEdited());
-    click(middleOf(stamp));
-    QCoreApplication::processEvents();
-    undoManager.undo();
-    EXPECT_EQ(stamp.frame(), start);
+    struct
+    {
+        int pageIndex; // turned by as many quarter turns
+        PagePoint up;  // one unit towards the top of the screen
+        PagePoint right;
+    } const cases[] = {{0, {0, 1}, {1, 0}}, {1, {-1, 0}, {0, 1}}, {2, {0, -1}, {-1, 0}}, {3, {1, 0}, {0, -1}}};
+    for (const auto &[pageIndex, up, right] : cases) {
+        KRStamp &stamp = addStamp(pageIndex, start);
+        view->goToPage(pageIndex);
+        view->setScaleFactor(0.5);
+        view->setSelectedStampView(stamp.shared_from_this());
+        key(Qt::Key_Up);
+        EXPECT_EQ(stamp.frame(), (PageRect{200 + up.x, 600 + up.y, 100, 40}));
+        key(Qt::Key_Down);
+        key(Qt::Key_Right, Qt::ShiftModifier);
+        EXPECT_EQ(stamp.frame(), (PageRect{200 + 10 * right.x, 600 + 10 * right.y, 100, 40}));
+        key(Qt::Key_Left, Qt::ControlModifier);
+        key(Qt::Key_Return);
+        key(Qt::Key_Left);
+        EXPECT_EQ(stamp.frame(), (PageRect{200 + 9 * right.x, 600 + 9 * right.y, 100, 40}));
+        EXPECT_FALSE(undoManager.canUndo());
+        EXPECT_TRUE(undoManager.isEdited());
+        click(middleOf(stamp));
+        QCoreApplication::processEvents();
+        undoManager.undo();
+        EXPECT_EQ(stamp.frame(), start);
+    }
 }
-
-INSTANTIATE_TEST_SUITE_P(Pages, Nudges,
-                         ::testing::Values(Nudge{0, {0, 1}, {1, 0}}, Nudge{1, {-1, 0}, {0, 1}},
-                                           Nudge{2, {0, -1}, {-1, 0}}, Nudge{3, {1, 0}, {0, -1}}));
 
 TEST_F(GestureFixture, ANudgeScrollsOnlyAsFarAsShowsTheStamp)
 {
@@ -64,15 +52,3 @@ TEST_F(GestureFixture, ANudgeScrollsOnlyAsFarAsShowsTheStamp)
     key(Qt::Key_Up);
     EXPECT_NEAR(top(), 0, 1);
 }
-
-TEST_F(GestureFixture, WithoutASelectedStampArrowsScroll)
-{
-    openTurnedPages();
-    const KRStamp &stamp = addStamp(0, start);
-    const int before = view->verticalScrollBar()->value();
-    key(Qt::Key_Down);
-    EXPECT_TRUE(QTest::qWaitFor([&] { return view->verticalScrollBar()->value() > before; }, 1000));
-    EXPECT_EQ(stamp.frame(), start);
-}
-
-} // namespace

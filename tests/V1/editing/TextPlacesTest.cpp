@@ -1,12 +1,10 @@
 #include "V1/editing/TextFixture.h"
 
-#include <QImage>
 #include <QPainter>
 #include <QTextBlock>
 #include <QTextLayout>
 
 #include <cmath>
-#include <iostream>
 
 using namespace inkory;
 using namespace inkory::test;
@@ -46,11 +44,6 @@ QPointF inkCenter(const Picture &picture, const QRectF &rect)
     }
     EXPECT_GT(sum, 0);
     return sum > 0 ? center / sum / picture.scale + picture.origin : QPointF(-1000, -1000);
-}
-
-QPointF larger(QPointF a, QPointF b)
-{
-    return {std::max(a.x(), std::abs(b.x())), std::max(a.y(), std::abs(b.y()))};
 }
 
 } // namespace
@@ -148,22 +141,15 @@ protected:
         return {image, {}, ratio};
     }
 
-    /// The largest distance of a word in one picture from where it is in the other one, in device pixels.
-    QPointF worst(const Picture &first, const Picture &second, double ratio) const
+    /// Each word is less than a device pixel from where it is in the other picture.
+    void expectSame(const char *what, const Picture &first, const Picture &second, double ratio) const
     {
-        QPointF most;
         for (const Word &word : words()) {
             const QRectF rect = inView(word.rect);
-            most = larger(most, (inkCenter(first, rect) - inkCenter(second, rect)) * ratio);
+            const QPointF difference = (inkCenter(first, rect) - inkCenter(second, rect)) * ratio;
+            EXPECT_LE(std::max(std::abs(difference.x()), std::abs(difference.y())), 1.0)
+                << what << " of " << word.text.toStdString();
         }
-        return most;
-    }
-
-    void print(const char *what, const QPointF &difference)
-    {
-        std::cout << "  " << what << " " << std::round(difference.x() * 100) / 100 << " / "
-                  << std::round(difference.y() * 100) / 100;
-        EXPECT_LE(std::max(difference.x(), difference.y()), 1.0);
     }
 };
 
@@ -173,7 +159,6 @@ TEST_F(TextPlacesTest, EditorPageAndFileAgreeAtEveryZoomAndRatio)
 {
     openSmallPage(0);
     write({17, 130});
-    std::cout << "Largest distance of a word, dx / dy in device pixels\n";
     for (const double zoom : {0.5, 1.0, 1.37, 2.0, 4.0}) {
         for (const double ratio : {1.0, 1.5, 2.0}) {
             view->setScaleFactor(zoom);
@@ -187,11 +172,10 @@ TEST_F(TextPlacesTest, EditorPageAndFileAgreeAtEveryZoomAndRatio)
             ASSERT_TRUE(view->isEditingText());
             view->endTextEditing();
             const Picture file = drawnFile(ratio);
-            std::cout << "zoom " << zoom << " ratio " << ratio << ":";
-            print("editor - page", worst(editor, page, ratio));
-            print("page - file", worst(page, file, ratio));
-            print("editor - file", worst(editor, file, ratio));
-            std::cout << "\n";
+            SCOPED_TRACE(testing::Message() << "zoom " << zoom << " ratio " << ratio);
+            expectSame("editor - page", editor, page, ratio);
+            expectSame("page - file", page, file, ratio);
+            expectSame("editor - file", editor, file, ratio);
         }
     }
 }
@@ -213,9 +197,8 @@ TEST_P(TurnedTextPlacesTest, PageAndFileAgree)
         view->setSelectedStampView(nullptr);
         const Picture page = shown(1.5);
         const Picture file = drawnFile(1.5);
-        std::cout << "page " << GetParam() << " stamp " << stamp()->stampRotation() << ":";
-        print("page - file", worst(page, file, 1.5));
-        std::cout << "\n";
+        SCOPED_TRACE(stamp()->stampRotation());
+        expectSame("page - file", page, file, 1.5);
         view->setSelectedStampView(stamp());
     }
 }

@@ -8,7 +8,6 @@
 #include <QApplication>
 #include <QMimeData>
 #include <QPushButton>
-#include <QTest>
 #include <QTimer>
 #include <QWindow>
 
@@ -17,23 +16,13 @@ namespace
 
 using Controller = ImageStampSelectionController;
 
-class Receiver : public inkory::ImageStampReceiver
-{
-public:
-    QWidget *imageStampWindow() override { return &m_window; }
-    void setImageStampViewImage(const inkory::ImagePtr &image) override { m_images.append(image); }
-
-    QWidget m_window;
-    QList<inkory::ImagePtr> m_images;
-};
-
-class SelectionDialog : public LibraryFixture
+class SelectionDialog : public LibraryFixture, public inkory::ImageStampReceiver
 {
 protected:
     SelectionDialog()
     {
         inkory::registerLibraryInterfaceDescriptions();
-        m_receiver.m_window.show();
+        m_window.show();
     }
 
     ~SelectionDialog() override
@@ -41,6 +30,9 @@ protected:
         Controller::setSignatureWindowRunner({});
         Controller::releaseShared();
     }
+
+    QWidget *imageStampWindow() override { return &m_window; }
+    void setImageStampViewImage(const inkory::ImagePtr &image) override { m_images.append(image); }
 
     static Controller &dialog() { return Controller::sharedImageStampSelection(); }
     static QPushButton *button(const char *name)
@@ -58,30 +50,31 @@ protected:
             ADD_FAILURE() << "the dialog stayed open";
             dialog().closeDialog();
         });
-        QTimer::singleShot(0, &m_receiver.m_window, [&] {
+        QTimer::singleShot(0, &m_window, [&] {
             EXPECT_TRUE(QTest::qWaitForWindowActive(dialog().window()));
             action();
             closing.start(2000);
         });
-        return dialog().showModal(m_receiver);
+        return dialog().showModal(*this);
     }
 
-    Receiver m_receiver;
+    QWidget m_window;
+    QList<inkory::ImagePtr> m_images;
 };
 
 TEST_F(SelectionDialog, KeysChooseAndTheSelectionIsKeptBetweenRuns)
 {
     addSignatures({51, 52, 53});
     EXPECT_TRUE(run([] { press(Qt::Key_Return); }));
-    EXPECT_EQ(m_receiver.m_images, QList{ImageStampCollection::stampImageAtIndex(0)});
+    EXPECT_EQ(m_images, QList{ImageStampCollection::stampImageAtIndex(0)});
     EXPECT_FALSE(run([] {
         press(Qt::Key_Down);
         press(Qt::Key_Down);
         press(Qt::Key_Escape);
     }));
-    EXPECT_EQ(m_receiver.m_images.size(), 1);
+    EXPECT_EQ(m_images.size(), 1);
     EXPECT_TRUE(run([] { press(Qt::Key_Enter); }));
-    EXPECT_EQ(m_receiver.m_images.constLast(), ImageStampCollection::stampImageAtIndex(2));
+    EXPECT_EQ(m_images.constLast(), ImageStampCollection::stampImageAtIndex(2));
 }
 
 TEST_F(SelectionDialog, DeleteRemovesAndTheNextOneIsSelected)
@@ -110,7 +103,7 @@ TEST_F(SelectionDialog, ClosingTheWindowStopsOnlyThisSession)
         inkory::stopModalWithCode(7);
     });
     EXPECT_EQ(inkory::runModalForWindow(outer), 7);
-    EXPECT_TRUE(m_receiver.m_images.isEmpty());
+    EXPECT_TRUE(m_images.isEmpty());
 }
 
 TEST_F(SelectionDialog, DropsTakeImagesOnly)
@@ -132,7 +125,7 @@ TEST_F(SelectionDialog, DrawingEndsTheDialogWithWhatTheSignatureWindowAnswers)
 {
     for (const bool made : {true, false}) {
         Controller::setSignatureWindowRunner([&](inkory::ImageStampReceiver &receiver) {
-            EXPECT_EQ(&receiver, &m_receiver);
+            EXPECT_EQ(&receiver, this);
             EXPECT_FALSE(dialog().window()->isVisible());
             return made;
         });

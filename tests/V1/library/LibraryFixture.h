@@ -8,10 +8,6 @@
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
-#include <QImage>
-#include <QTemporaryDir>
-
-#include <gtest/gtest.h>
 
 /// An empty home folder and an empty library for each test; log lines and alerts are collected.
 class LibraryFixture : public ::testing::Test

@@ -1,7 +1,4 @@
-#include "V1/stamps/KRPDFDocument.h"
 #include "V1/stamps/StampFixture.h"
-#include "platform/core/PlatformVersion.h"
-#include "support/Tools.h"
 
 #include <QPainter>
 
@@ -16,8 +13,8 @@ namespace
 class ImageContext : public DrawingContext
 {
 public:
-    ImageContext(const KRPDFPage &page, bool toScreen)
-        : m_image(page.shownSize().toSize(), QImage::Format_RGB32), m_toScreen(toScreen)
+    explicit ImageContext(const KRPDFPage &sheet, bool toScreen = false)
+        : m_sheet(sheet), m_image(sheet.shownSize().toSize(), QImage::Format_RGB32), m_toScreen(toScreen)
     {
         m_image.fill(Qt::white);
         m_painter.begin(&m_image);
@@ -25,7 +22,7 @@ public:
 
     QPainter &painter() override { return m_painter; }
     bool isDrawingToScreen() const override { return m_toScreen; }
-    QTransform transformForBox(const PDFPage &page, DisplayBox) const override { return page.shownTransform(); }
+    QTransform transformForBox(const PDFPage &, DisplayBox) const override { return m_sheet.shownTransform(); }
     void drawContent(const PDFPage &, DisplayBox) override { ++contentDrawn; }
     void drawImage(const QRectF &rect, const ImagePtr &image, double opacity) override
     {
@@ -39,6 +36,7 @@ public:
     int contentDrawn = 0;
 
 private:
+    const KRPDFPage &m_sheet;
     QImage m_image;
     QPainter m_painter;
     bool m_toScreen;
@@ -63,59 +61,19 @@ private:
 
 TEST_F(StampFixture, OpacityShowsTheModeOnScreenOnly)
 {
-    struct Case
-    {
-        StampMode mode;
-        int grayOnScreen;
-    };
     // Black at opacity 0.8 over white is 51, at 0.5 it is 127 or 128.
     for (const auto &[mode, grayOnScreen] :
-         {Case{StampModeNormal, 0}, Case{StampModeSelected, 51}, Case{StampModeDragging, 127}}) {
+         {std::pair(StampModeNormal, 0), {StampModeSelected, 51}, {StampModeDragging, 127}}) {
         const auto page = letterPage(0);
         const auto stamp = stampOn(*page); // frame (250, 380, 100, 40), shown at y 372 to 412
         stamp->setStampMode(mode);
         ImageContext screen(*page, true);
         page->drawWithBox(DisplayBox::CropBox, screen);
         EXPECT_NEAR(screen.gray(300, 400), grayOnScreen, 1);
-        ImageContext printer(*page, false);
+        ImageContext printer(*page);
         page->drawWithBox(DisplayBox::CropBox, printer);
         EXPECT_EQ(printer.gray(300, 400), 0);
     }
-}
-
-// Frame (100, 100, 200, 50) asked for: shown 200 wide and 50 high whatever the page's rotation, where the page space
-// says.
-TEST_F(StampFixture, StampsTurnWithTheirPageAndCoverTheirFrame)
-{
-    for (const int rotation : {0, 90, 180, 270}) {
-        const auto page = letterPage(rotation);
-        const auto stamp = stampOn(*page);
-        ImageContext context(*page, false);
-        page->drawWithBox(DisplayBox::CropBox, context);
-        const QRectF shown = page->shownTransform().mapRect(toQRectF(stamp->frame()));
-        EXPECT_EQ(shown.size(), QSizeF(100, 40)) << rotation;
-        const QRect inside = shown.toRect();
-        EXPECT_EQ(context.gray(inside.left() + 1, inside.top() + 1), 0) << rotation;
-        EXPECT_EQ(context.gray(inside.right() - 1, inside.bottom() - 1), 0) << rotation;
-        EXPECT_EQ(context.gray(inside.left() - 2, inside.center().y()), 255) << rotation;
-        EXPECT_EQ(context.gray(inside.center().x(), inside.bottom() + 2), 255) << rotation;
-    }
-}
-
-TEST_F(StampFixture, ATurnedStampCoversItsFrame)
-{
-    const auto page = letterPage(0);
-    const auto stamp = stampOn(*page);
-    stamp->setFrame({100, 100, 50, 200});
-    stamp->setStampRotation(1);
-    ImageContext context(*page, false);
-    page->drawWithBox(DisplayBox::CropBox, context);
-    // Shown from y = 792 - 300 = 492 to 692.
-    EXPECT_EQ(context.gray(101, 493), 0);
-    EXPECT_EQ(context.gray(148, 690), 0);
-    EXPECT_EQ(context.gray(98, 590), 255);
-    EXPECT_EQ(context.gray(152, 590), 255);
-    EXPECT_EQ(context.gray(125, 489), 255);
 }
 
 TEST_F(StampFixture, NoStampPaintsOutsideTheBox)
@@ -128,15 +86,7 @@ TEST_F(StampFixture, NoStampPaintsOutsideTheBox)
     PageGeometry wide = geometry;
     wide.cropBox = wide.mediaBox;
     const KRPDFPage paper(wide, 0); // a larger sheet to paint on, so that an escape would show
-    class WideContext : public ImageContext
-    {
-    public:
-        explicit WideContext(const KRPDFPage &sheet) : ImageContext(sheet, false), m_sheet(sheet) {}
-        QTransform transformForBox(const PDFPage &, DisplayBox) const override { return m_sheet.shownTransform(); }
-
-    private:
-        const KRPDFPage &m_sheet;
-    } context(paper);
+    ImageContext context(paper);
     page.drawWithBox(DisplayBox::CropBox, context);
     const int row = 792 - 170;
     EXPECT_EQ(context.gray(99, row), 255);
@@ -149,7 +99,7 @@ TEST_F(StampFixture, AFailingStampIsLoggedAndTheStampsBeforeItAreShown)
     const auto stamp = stampOn(*page);
     const auto failing = FailingStamp::create(*page);
     const test::LogCatcher log;
-    ImageContext context(*page, false);
+    ImageContext context(*page);
     {
         const DrawingContext::Scope scope(context);
         page->drawWithBox(DisplayBox::CropBox);
@@ -160,38 +110,6 @@ TEST_F(StampFixture, AFailingStampIsLoggedAndTheStampsBeforeItAreShown)
     EXPECT_EQ(context.gray(300, 400), 0);
     EXPECT_EQ(context.contentDrawn, 1);
     EXPECT_TRUE(context.painter().transform().isIdentity()) << "the state is restored";
-}
-
-TEST_F(StampFixture, EarlyPlatformsDrawNoStampsIntoGivenContexts)
-{
-    const auto page = letterPage(0);
-    const auto stamp = stampOn(*page);
-    setPlatformVersion(1503.9);
-    ImageContext early(*page, false);
-    page->drawWithBox(DisplayBox::CropBox, early);
-    setPlatformVersion(1504.0);
-    ImageContext late(*page, false);
-    page->drawWithBox(DisplayBox::CropBox, late);
-    setPlatformVersion(2000);
-    EXPECT_EQ(early.gray(300, 400), 255);
-    EXPECT_EQ(late.gray(300, 400), 0);
-}
-
-TEST(KRPDFDocumentTest, APlainPageBecomesAStampedOneOnTheWayIn)
-{
-    KRPDFDocument document;
-    PageGeometry geometry;
-    geometry.cropBox = {10, 20, 300, 400};
-    auto plain = std::make_unique<PDFPage>(geometry, 7);
-    plain->setRotation(-90);
-    document.insertPage(std::move(plain), 5);
-    ASSERT_EQ(document.pageCount(), 1);
-    auto *page = dynamic_cast<KRPDFPage *>(document.pageAtIndex(0));
-    ASSERT_NE(page, nullptr);
-    EXPECT_EQ(page->rotation(), 270);
-    EXPECT_EQ(page->sourceIndex(), 7);
-    EXPECT_EQ(page->boundsForBox(DisplayBox::CropBox), geometry.cropBox);
-    EXPECT_TRUE(page->stamps().empty());
 }
 
 } // namespace

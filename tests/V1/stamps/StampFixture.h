@@ -3,23 +3,9 @@
 #include "V1/stamps/KRImageStamp.h"
 #include "V1/stamps/KRPDFPage.h"
 #include "platform/core/UndoManager.h"
+#include "support/Tools.h"
 
 #include <QCoreApplication>
-#include <QImage>
-
-#include <gtest/gtest.h>
-
-#include <ostream>
-
-namespace inkory
-{
-
-inline void PrintTo(const PageRect &rect, std::ostream *out)
-{
-    *out << "(" << rect.x << ", " << rect.y << ", " << rect.width << ", " << rect.height << ")";
-}
-
-} // namespace inkory
 
 /// Pages, images and an undo stack for stamps without a view.
 class StampFixture : public ::testing::Test

@@ -4,9 +4,6 @@
 
 using inkory::displayable;
 
-namespace
-{
-
 TEST(DisplayText, ShowsWhatWouldReorderHideOrBreakTheTextAroundIt)
 {
     EXPECT_EQ(displayable(QStringLiteral("one\ntwo\tthree\r.pdf")), QStringLiteral("one two three .pdf"));
@@ -38,5 +35,3 @@ TEST(DisplayText, CutsInTheMiddleBetweenWholeCharacters)
               QStringLiteral("\U0001f600…\U0001f600"));
     EXPECT_EQ(displayable(QString(5000, u'x')).size(), 200);
 }
-
-} // namespace

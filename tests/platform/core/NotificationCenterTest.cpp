@@ -6,9 +6,6 @@
 
 using namespace inkory;
 
-namespace
-{
-
 TEST(NotificationCenter, DestroyedObserversHearNothingAlsoDuringTheDelivery)
 {
     const QString name = u"CHANGED"_qs;
@@ -27,5 +24,3 @@ TEST(NotificationCenter, DestroyedObserversHearNothingAlsoDuringTheDelivery)
     EXPECT_FALSE(late);
     EXPECT_EQ(heard, 0);
 }
-
-} // namespace

@@ -4,17 +4,11 @@
 #include "support/Tools.h"
 
 #include <QFile>
-#include <QTemporaryDir>
-
-#include <gtest/gtest.h>
 
 #include <sys/mman.h>
 #include <unistd.h>
 
 using namespace inkory;
-
-namespace
-{
 
 TEST(SharedMemoryTest, BothSidesSeeTheSameBytesAndNeitherCanShortenThem)
 {
@@ -86,5 +80,3 @@ TEST(SecretBytesTest, StayOutOfDumpsAndSwapUntilTheLastCopyGoes)
     wipe(constant);
     EXPECT_EQ(constant, "fixed");
 }
-
-} // namespace

@@ -6,9 +6,6 @@
 #include "support/Tools.h"
 
 #include <QDir>
-#include <QTemporaryDir>
-
-#include <gtest/gtest.h>
 
 #include <arpa/inet.h>
 #include <fcntl.h>

@@ -47,19 +47,6 @@ TEST(FoldedTextTest, FindsNothingTwiceAndNothingBlank)
     EXPECT_EQ(FoldedText(QString(9, u'x')).occurrencesOf(FoldedText(u"x"), 3).size(), 3U);
 }
 
-TEST(FoldedTextTest, AHitHasOneAreaForEachOfItsLines)
-{
-    PageText page{u"ab c\nd e\nf"_qs, {}};
-    for (int i = 0; i < 11; ++i)
-        page.boxes.emplace_back(i * 10, i < 5 ? 0 : 20, 10, 10);
-    page.boxes[4] = page.boxes[2] = {};
-    page.boxes[9] = page.boxes[10] = {};
-    FindReply reply;
-    EXPECT_EQ(addHits(7, page, FoldedText(u"B c D"), reply), 2U);
-    EXPECT_EQ(addHits(8, page, FoldedText(u"f"), reply), 0U) << "it is nowhere";
-    EXPECT_EQ(reply, (FindReply{{{7, {{10, 0, 30, 10}, {50, 20, 10, 10}}}}, 0, true, false}));
-}
-
 PageText everywhere(const QString &text)
 {
     return {text, std::vector(static_cast<std::size_t>(text.size()), QRectF(0, 0, 1, 1))};

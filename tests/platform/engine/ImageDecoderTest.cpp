@@ -58,15 +58,6 @@ ImagePtr decoded(const QByteArray &file)
     return Image::fromParts(decoder.pixels(), reply.size, decoder.jpegBytes());
 }
 
-TEST(ImageDecoder, ReadsBackWhatAnImageWrites)
-{
-    QImage pixels = halves(QImage::Format_ARGB32);
-    pixels.setPixelColor(3, 3, QColor(1, 2, 3, 4));
-    pixels.setDevicePixelRatio(1.25);
-    const ImagePtr again = decoded(Image::fromPixels(pixels)->pngBytes().value());
-    EXPECT_TRUE(again->size() == QSizeF(64, 32) / 1.25 && again->pixels() == pixels);
-}
-
 TEST(ImageDecoder, StatedDensityGivesTheSizeInPoints)
 {
     const std::pair<QByteArray, QSizeF> cases[] = {

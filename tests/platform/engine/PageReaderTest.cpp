@@ -1,14 +1,14 @@
 #include "platform/engine/PageReader.h"
 
 #include "support/PdfSamples.h"
-
-#include <gtest/gtest.h>
+#include "support/Tools.h"
 
 using namespace inkory;
 
 namespace
 {
 
+using test::expectNear;
 using test::linkAnnotation;
 using test::makePdf;
 using test::PageSpec;
@@ -27,63 +27,49 @@ struct Reading : testing::Test
     const PageReader::IsCancelled m_never = [] { return false; };
 };
 
-void expectNear(const QRectF &box, const QRectF &expected, double tolerance)
-{
-    EXPECT_NEAR(box.x(), expected.x(), tolerance);
-    EXPECT_NEAR(box.y(), expected.y(), tolerance);
-    EXPECT_NEAR(box.width(), expected.width(), tolerance);
-    EXPECT_NEAR(box.height(), expected.height(), tolerance);
-}
-
-struct Turned
-{
-    const char *rotate;
-    QRectF letter, link;
-    double left, top; // of the destination, on the shown page; what is not known is -1
-    double fitTop;
-};
-
-struct ReadingTurned : Reading, testing::WithParamInterface<Turned>
-{
-};
-
 // The "H" of Helvetica at 10 points is 7.22 wide, and its line reaches from 2.07 below the base line to 7.18 above it.
-TEST_P(ReadingTurned, PlacesAreThoseOfTheShownPage)
+TEST_F(Reading, PlacesAreThoseOfTheShownPage)
 {
-    const Turned &turned = GetParam();
+    struct
+    {
+        const char *rotate;
+        QRectF letter, link;
+        double left, top; // of the destination, on the shown page; what is not known is -1
+        double fitTop;
+    } const cases[] = {{"0", {20, 222.82, 7.22, 9.25}, {20, 210, 50, 20}, 40, 80, 80},
+                       {"90", {67.93, 20, 9.25, 7.22}, {70, 20, 20, 50}, 220, 40, -1},
+                       {"180", {172.78, 67.93, 7.22, 9.25}, {130, 70, 50, 20}, 160, 220, 220},
+                       {"270", {222.82, 172.78, 9.25, 7.22}, {210, 130, 20, 50}, 80, 160, -1}};
     const QByteArray annotations =
         linkAnnotation("40 100 90 120", "/Dest [5 0 R /XYZ 60 250 0]") +
         linkAnnotation("90 120 40 100", "/Dest [5 0 R /FitH 250]") +
         linkAnnotation("0 100 90 120", "/Dest [5 0 R /XYZ null null 0]") + // as far as it is shown
         linkAnnotation("0 0 10 10", "/Dest [5 0 R /Fit]");                 // not shown
-    open(makePdf(
-        {PageSpec{.mediaBox = "0 0 300 400",
-                  .cropBox = "20 30 220 330", // 200 x 300
-                  .rotate = turned.rotate,
-                  .contents = {test::textContent("Hello world", 40, 100, 10) + test::textContent("Second", 40, 80, 10) +
-                               test::textContent("hidden", 230, 100, 10)},
-                  .more = " /Annots [" + annotations + "]"}}));
-    const PageText text = m_reader.text(0, m_never);
-    EXPECT_EQ(text.text, u"Hello world\nSecond"_qs);
-    ASSERT_EQ(text.boxes.size(), 18U);
-    expectNear(text.boxes[0], turned.letter, 0.01);
-    EXPECT_TRUE(text.boxes[5].isNull() && text.boxes[11].isNull());
+    for (const auto &turned : cases) {
+        SCOPED_TRACE(turned.rotate);
+        open(makePdf(
+            {PageSpec{.mediaBox = "0 0 300 400",
+                      .cropBox = "20 30 220 330", // 200 x 300
+                      .rotate = turned.rotate,
+                      .contents = {test::textContent("Hello world", 40, 100, 10) +
+                                   test::textContent("Second", 40, 80, 10) + test::textContent("hidden", 230, 100, 10)},
+                      .more = " /Annots [" + annotations + "]"}}));
+        const PageText text = m_reader.text(0, m_never);
+        EXPECT_EQ(text.text, u"Hello world\nSecond"_qs);
+        ASSERT_EQ(text.boxes.size(), 18U);
+        expectNear(text.boxes[0], turned.letter, 0.01);
+        EXPECT_TRUE(text.boxes[5].isNull() && text.boxes[11].isNull());
 
-    const std::vector<PageLink> links = m_reader.links(0);
-    ASSERT_EQ(links.size(), 3U);
-    expectNear(links[0].area, turned.link, 0.5);
-    EXPECT_EQ(links[0].area, links[1].area);
-    EXPECT_NEAR(links[2].area.width() * links[2].area.height(), 70 * 20, 1);
-    EXPECT_NEAR(links[0].destination->top.value_or(-1), turned.top, 0.5);
-    EXPECT_NEAR(links[1].destination->top.value_or(-1), turned.fitTop, 0.5);
-    EXPECT_EQ(links[2].destination, PageDestination{});
+        const std::vector<PageLink> links = m_reader.links(0);
+        ASSERT_EQ(links.size(), 3U);
+        expectNear(links[0].area, turned.link, 0.5);
+        EXPECT_EQ(links[0].area, links[1].area);
+        EXPECT_NEAR(links[2].area.width() * links[2].area.height(), 70 * 20, 1);
+        EXPECT_NEAR(links[0].destination->top.value_or(-1), turned.top, 0.5);
+        EXPECT_NEAR(links[1].destination->top.value_or(-1), turned.fitTop, 0.5);
+        EXPECT_EQ(links[2].destination, PageDestination{});
+    }
 }
-
-INSTANTIATE_TEST_SUITE_P(All, ReadingTurned,
-                         testing::Values(Turned{"0", {20, 222.82, 7.22, 9.25}, {20, 210, 50, 20}, 40, 80, 80},
-                                         Turned{"90", {67.93, 20, 9.25, 7.22}, {70, 20, 20, 50}, 220, 40, -1},
-                                         Turned{"180", {172.78, 67.93, 7.22, 9.25}, {130, 70, 50, 20}, 160, 220, 220},
-                                         Turned{"270", {222.82, 172.78, 9.25, 7.22}, {210, 130, 20, 50}, 80, 160, -1}));
 
 TEST_F(Reading, EachCharacterHasOneBox)
 {

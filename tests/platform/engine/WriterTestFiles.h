@@ -6,10 +6,6 @@
 #include "support/PdfSamples.h"
 #include "support/Tools.h"
 
-#include <QTemporaryDir>
-
-#include <gtest/gtest.h>
-
 #include <algorithm>
 
 namespace inkory::test

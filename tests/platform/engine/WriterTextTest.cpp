@@ -147,28 +147,6 @@ TEST_F(WriterText, IsTheSameFileEachTime)
     EXPECT_EQ(bytes(), first);
 }
 
-// Of the letter H at 40 points: its stems stand on the baseline and reach up to the height of capitals.
-TEST_F(WriterText, StandsWhereItIsDrawn)
-{
-    const QFont font = fontOf(u"DejaVu Sans"_qs, 40);
-    constexpr double em = 40;
-    constexpr double pixelsPerPoint = 4;
-    // From the font's tables, in 2048ths of its size: bearing and stems' right edge of H, ascent, height of capitals.
-    constexpr double left = leftEdge + 201 * em / 2048;
-    constexpr double right = leftEdge + 1339 * em / 2048;
-    constexpr double bottom = 100 + 1901 * em / 2048;
-    constexpr double top = bottom - 1493 * em / 2048;
-    for (const int rotation : {0, 90}) {
-        const QImage drawn = test::renderWithPdftoppm(write(u"H"_qs, font, rotation), 1, 288);
-        const QRect ink = test::findInkBounds(drawn, Qt::black, 100);
-        constexpr double tolerance = 0.5;
-        EXPECT_NEAR(ink.left() / pixelsPerPoint, left, tolerance) << rotation;
-        EXPECT_NEAR((ink.right() + 1) / pixelsPerPoint, right, tolerance) << rotation;
-        EXPECT_NEAR(ink.top() / pixelsPerPoint, top, tolerance) << rotation;
-        EXPECT_NEAR((ink.bottom() + 1) / pixelsPerPoint, bottom, tolerance) << rotation;
-    }
-}
-
 TEST_F(WriterText, KeepsColourfulLettersAsPictures)
 {
     const QString path = write(u"I\U0001F44DI"_qs, fontOf(u"DejaVu Sans"_qs, 40));

@@ -6,20 +6,16 @@
 
 #include <QThread>
 
-#include <gtest/gtest.h>
-
 #include <algorithm>
 #include <csignal>
-#include <optional>
 
 using namespace inkory;
+using test::wholeFirstPage;
 
 namespace
 {
 
-struct DrawEngine : test::PageSourceFixture
-{
-};
+using DrawEngine = test::PageSourceFixture;
 
 TEST_F(DrawEngine, DoesNotAnswerWhatWasCancelledNorOnceItIsDestroyed)
 {
@@ -43,34 +39,13 @@ TEST_F(DrawEngine, DoesNotAnswerWhatWasCancelledNorOnceItIsDestroyed)
 TEST_F(DrawEngine, DrawsFromThePrivateCopyOnceItExists)
 {
     ASSERT_EQ(open(test::threePages()).state, OpenOutcome::State::Open);
-    const Result<QImage> before = draw({0, 0, 1, {0, 0, 612, 792}});
+    const Result<QImage> before = draw(wholeFirstPage);
     ASSERT_TRUE(m_file->makePrivateCopy());
     // Written into, not replaced: what was opened is this very file.
     test::writeFile(m_folder.path(), QStringLiteral("a.pdf"), "nothing");
-    const Result<QImage> after = draw({0, 0, 1, {0, 0, 612, 792}});
+    const Result<QImage> after = draw(wholeFirstPage);
     ASSERT_TRUE(before && after);
     EXPECT_EQ(*before, *after);
-}
-
-const DrawRequest wholeFirstPage{0, 0, 1, {0, 0, 612, 792}};
-
-TEST_F(DrawEngine, DrawsAgainAfterItsHelperWasKilled)
-{
-    ASSERT_EQ(open(test::manyPages(40)).state, OpenOutcome::State::Open);
-    const Result<QImage> before = draw(wholeFirstPage);
-    const std::vector<pid_t> helpers = test::helperProcesses();
-    ASSERT_EQ(helpers.size(), 1U);
-    kill(helpers[0], SIGKILL); // between two jobs
-    EXPECT_EQ(*draw(wholeFirstPage), *before);
-
-    int drawn = 0;
-    for (int page = 0; page < 40; ++page)
-        m_source->draw({page, 0, 2, {0, 0, 1224, 1584}}, DrawPriority::Visible,
-                       [&drawn](const Result<QImage> &image) { drawn += image ? 1 : 0; });
-    ASSERT_TRUE(QTest::qWaitFor([&] { return drawn > 3; }, 10'000));
-    for (const pid_t helper : test::helperProcesses())
-        kill(helper, SIGKILL); // during a job
-    EXPECT_TRUE(QTest::qWaitFor([&] { return drawn == 40; }, 20'000)) << drawn;
 }
 
 TEST_F(DrawEngine, SaysThatAPageCannotBeDrawnOnlyWhenHelpersKeepDyingOverIt)
@@ -79,8 +54,7 @@ TEST_F(DrawEngine, SaysThatAPageCannotBeDrawnOnlyWhenHelpersKeepDyingOverIt)
     std::optional<Result<QImage>> answer;
     m_source->draw(wholeFirstPage, DrawPriority::Visible, [&answer](const Result<QImage> &image) { answer = image; });
     while (!answer) {
-        for (const pid_t helper : test::helperProcesses())
-            kill(helper, SIGKILL);
+        test::signalHelpers(SIGKILL);
         QTest::qWait(1);
     }
     ASSERT_FALSE(*answer);
@@ -100,7 +74,7 @@ TEST_F(DrawEngine, ReplacesAHelperThatDoesNotGiveUpForAVisiblePage)
     QTest::qWait(50);
     for (const DrawToken token : tokens)
         m_source->cancel(token);
-    EXPECT_TRUE(draw({0, 0, 1, {0, 0, 612, 792}}, DrawPriority::Visible));
+    EXPECT_TRUE(draw(wholeFirstPage));
     EXPECT_EQ(test::helperProcesses().size(), 1U);
     EXPECT_NE(test::helperProcesses().at(0), stuck);
 }

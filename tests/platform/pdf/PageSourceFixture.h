@@ -4,15 +4,10 @@
 #include "platform/pdf/PageSource.h"
 #include "support/Tools.h"
 
-#include <QTemporaryDir>
-#include <QTest>
-
-#include <gtest/gtest.h>
-
-#include <optional>
-
 namespace inkory::test
 {
+
+const DrawRequest wholeFirstPage{0, 0, 1, {0, 0, 612, 792}};
 
 /// A page source with real helpers.
 struct PageSourceFixture : testing::Test

@@ -1,6 +1,5 @@
 #include "platform/pdf/PrintPlacement.h"
-
-#include <gtest/gtest.h>
+#include "support/Tools.h"
 
 using namespace inkory;
 
@@ -14,30 +13,6 @@ PrintInfo letter(PageScaling scaling, AutoRotate autoRotate = AutoRotate::Yes)
     info.scaling = scaling;
     info.autoRotate = autoRotate;
     return info;
-}
-
-struct Placing
-{
-    PrintInfo info;
-    QSizeF page;
-    QSizeF paper;
-    QRectF onPaper;
-};
-
-class Placement : public ::testing::TestWithParam<Placing>
-{
-};
-
-TEST_P(Placement, CentresThePageUprightOnThePaper)
-{
-    const SheetPlacement placed = placeOnSheet(GetParam().page, GetParam().info);
-    const QRectF expected = GetParam().onPaper;
-    const QRectF found = placed.toSheet.mapRect(QRectF(QPointF(0, 0), GetParam().page));
-    EXPECT_EQ(placed.paperSize, GetParam().paper);
-    EXPECT_NEAR(found.x(), expected.x(), 1e-6);
-    EXPECT_NEAR(found.y(), expected.y(), 1e-6);
-    EXPECT_NEAR(found.width(), expected.width(), 1e-6);
-    EXPECT_NEAR(found.height(), expected.height(), 1e-6);
 }
 
 PrintInfo withMargins(PageScaling scaling)
@@ -55,21 +30,31 @@ PrintInfo ledger()
     return info;
 }
 
-const QSizeF portrait(612, 792);
-const QSizeF landscape(792, 612);
-
-INSTANTIATE_TEST_SUITE_P(
-    Pages, Placement,
-    ::testing::Values(Placing{letter(PageScaling::None), {600, 800}, portrait, {6, -4, 600, 800}},
-                      Placing{letter(PageScaling::ShrinkToFit), {600, 800}, portrait, {9, 0, 594, 792}},
-                      Placing{letter(PageScaling::ShrinkToFit), {300, 400}, portrait, {156, 196, 300, 400}},
-                      Placing{letter(PageScaling::FitToPage), {306, 360}, portrait, {0, 36, 612, 720}},
-                      Placing{letter(PageScaling::FitToPage), {360, 306}, landscape, {36, 0, 720, 612}},
-                      Placing{letter(PageScaling::FitToPage, AutoRotate::No), {306, 102}, portrait, {0, 294, 612, 204}},
-                      Placing{ledger(), {612, 396}, {1224, 792}, {0, 0, 1224, 792}},
-                      Placing{ledger(), {306, 612}, {792, 1224}, {90, 0, 612, 1224}},
-                      Placing{withMargins(PageScaling::FitToPage), {300, 300}, portrait, {12, 90, 600, 600}},
-                      Placing{withMargins(PageScaling::None), {612, 792}, portrait, {0, 0, 612, 792}}));
+TEST(PrintPlacement, CentresThePageUprightOnThePaper)
+{
+    const QSizeF portrait(612, 792);
+    const QSizeF landscape(792, 612);
+    struct
+    {
+        PrintInfo info;
+        QSizeF page, paper;
+        QRectF onPaper;
+    } const cases[] = {{letter(PageScaling::None), {600, 800}, portrait, {6, -4, 600, 800}},
+                       {letter(PageScaling::ShrinkToFit), {600, 800}, portrait, {9, 0, 594, 792}},
+                       {letter(PageScaling::ShrinkToFit), {300, 400}, portrait, {156, 196, 300, 400}},
+                       {letter(PageScaling::FitToPage), {306, 360}, portrait, {0, 36, 612, 720}},
+                       {letter(PageScaling::FitToPage), {360, 306}, landscape, {36, 0, 720, 612}},
+                       {letter(PageScaling::FitToPage, AutoRotate::No), {306, 102}, portrait, {0, 294, 612, 204}},
+                       {ledger(), {612, 396}, {1224, 792}, {0, 0, 1224, 792}},
+                       {ledger(), {306, 612}, {792, 1224}, {90, 0, 612, 1224}},
+                       {withMargins(PageScaling::FitToPage), {300, 300}, portrait, {12, 90, 600, 600}},
+                       {withMargins(PageScaling::None), {612, 792}, portrait, {0, 0, 612, 792}}};
+    for (const auto &[info, page, paper, onPaper] : cases) {
+        const SheetPlacement placed = placeOnSheet(page, info);
+        EXPECT_EQ(placed.paperSize, paper);
+        test::expectNear(placed.toSheet.mapRect(QRectF(QPointF(0, 0), page)), onPaper, 1e-6);
+    }
+}
 
 TEST(PrintPlacement, BandsCoverWhatLiesOnThePaperWithoutSeams)
 {

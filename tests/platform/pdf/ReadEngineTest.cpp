@@ -8,6 +8,7 @@
 #include <csignal>
 
 using namespace inkory;
+using test::wholeFirstPage;
 
 namespace
 {
@@ -28,8 +29,6 @@ struct ReadEngine : test::PageSourceFixture
         return awaited([&](auto done) { m_source->find(request, done); }, Result<FindReply>(Error()));
     }
 };
-
-const DrawRequest wholeFirstPage{0, 0, 1, {0, 0, 612, 792}};
 
 // The helper is locked up, and may read the tables for such text all the same.
 TEST_F(ReadEngine, ReadsTextThatNeedsTables)
@@ -121,13 +120,11 @@ TEST_F(ReadEngine, FailsOverTheFirstPageOnly)
                                        FindRequest{u"a"_qs, -1, 1}, FindRequest{QString(QChar(0xD800)), 0, 1}})
         EXPECT_FALSE(find(request));
 
-    for (const pid_t helper : test::helperProcesses())
-        kill(helper, SIGSTOP);
+    test::signalHelpers(SIGSTOP);
     std::optional<Result<FindReply>> answer;
     m_source->find({u"page"_qs, 0, 2'000}, [&](const Result<FindReply> &reply) { answer = reply; });
     QTest::qWait(5);
-    for (const pid_t helper : test::helperProcesses())
-        kill(helper, SIGKILL);
+    test::signalHelpers(SIGKILL);
     ASSERT_TRUE(QTest::qWaitFor([&] { return answer.has_value(); }, 10'000));
     ASSERT_TRUE(*answer);
     EXPECT_EQ((*answer)->nextPage, 1) << "tried again with the page alone";
@@ -136,8 +133,7 @@ TEST_F(ReadEngine, FailsOverTheFirstPageOnly)
     answer.reset();
     m_source->find({u"page"_qs, 0, 2'000}, [&](const Result<FindReply> &reply) { answer = reply; });
     while (!answer) {
-        for (const pid_t helper : test::helperProcesses())
-            kill(helper, SIGKILL);
+        test::signalHelpers(SIGKILL);
         QTest::qWait(1);
     }
     ASSERT_FALSE(*answer);
