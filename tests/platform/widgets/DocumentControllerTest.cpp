@@ -11,20 +11,6 @@ namespace inkory::test
 
 using DocumentControllerTest = DocumentFixture;
 
-TEST_F(DocumentControllerTest, RefusesWhatIsNoFileOnThisComputer)
-{
-    const std::pair<QUrl, const char *> cases[] = {
-        {urlOf("none.pdf"), "The file does not exist."},
-        {urlOf(""), "This is a folder, not a document."},
-        {QUrl(QStringLiteral("http://localhost/a.pdf")), "Only files on this computer can be opened."},
-        {makeFile("a.pdf", "unreadable"), "No text."}};
-    for (const auto &[url, message] : cases) {
-        EXPECT_EQ(open(url), nullptr);
-        EXPECT_EQ(refusal, QLatin1String(message));
-    }
-    EXPECT_TRUE(controller.documents().isEmpty());
-}
-
 TEST_F(DocumentControllerTest, AFileThatIsOpenIsNotOpenedAgainByAnyOfItsNames)
 {
     const QUrl url = makeFile("a.pdf");

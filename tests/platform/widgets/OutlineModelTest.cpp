@@ -34,10 +34,4 @@ TEST(OutlineModel, MakesATreeOfLevels)
     EXPECT_EQ(model.indicesOpenAtFirst(4), QModelIndexList({first}));
 }
 
-TEST(OutlineModel, DoesNotOpenWhatNobodyWouldSee)
-{
-    OutlineModel model({item("1", 0), item("1.1", 1, true), item("1.1.1", 2)});
-    EXPECT_TRUE(model.indicesOpenAtFirst(100).isEmpty());
-}
-
 } // namespace

@@ -1,17 +1,9 @@
-#include "platform/widgets/PDFView.h"
-#include "support/PdfSamples.h"
-#include "support/Tools.h"
+#include "ShownView.h"
 
 #include <QApplication>
 #include <QClipboard>
 #include <QHelpEvent>
-#include <QScrollBar>
-#include <QSignalSpy>
-#include <QTemporaryDir>
-#include <QTest>
 #include <QToolTip>
-
-#include <gtest/gtest.h>
 
 #include <cmath>
 
@@ -23,16 +15,11 @@ namespace
 
 const QByteArray address = "https://example.org/a?b=<i>";
 
-QByteArray linkTo(const QByteArray &rect, const QByteArray &action)
-{
-    return "<< /Type /Annot /Subtype /Link /Border [0 0 0] /Rect [" + rect + "] " + action + " >>";
-}
-
 /// Helvetica of 18 points: "First line here" and "second line" on the first page, links below; one line on the others.
 QByteArray pages()
 {
-    const QByteArray inside = linkTo("72 500 172 520", "/Dest [2 /XYZ 0 650 0]");
-    const QByteArray outside = linkTo("72 400 172 420", "/A << /S /URI /URI (" + address + ") >>");
+    const QByteArray inside = linkAnnotation("72 500 172 520", "/Dest [2 /XYZ 0 650 0]");
+    const QByteArray outside = linkAnnotation("72 400 172 420", "/A << /S /URI /URI (" + address + ") >>");
     return makePdf({PageSpec{.contents = {textContent("First line here"), textContent("second line", 72, 670)},
                              .more = "/Annots [" + inside + " " + outside + "]"},
                     PageSpec{.contents = {textContent("Middle page")}},
@@ -40,24 +27,20 @@ QByteArray pages()
                     {}});
 }
 
-class Reading : public ::testing::Test
+class Reading : public ShownView<>
 {
 protected:
     void SetUp() override
     {
-        document.initWithURL(writeFile(folder.path(), QStringLiteral("a.pdf"), pages()));
+        open(pages());
         view.resize(700, 600);
-        view.show();
-        view.setDocument(&document);
-        ASSERT_TRUE(QTest::qWaitFor([&] { return document.isGeometrySettled() && view.isContentComplete(); }, 10000));
+        ASSERT_TRUE(isDrawn());
     }
 
     ViewPoint at(double x, double y, int page = 0) const
     {
         return view.convertPointFromPage({x, y}, document.pageAtIndex(page));
     }
-
-    QPoint inWidget(const ViewPoint &point) const { return {qRound(point.x), qRound(view.height() - point.y)}; }
 
     bool isRead() const
     {
@@ -89,10 +72,6 @@ protected:
         const QImage shown = view.viewport()->grab().toImage();
         return shown.pixelColor(inWidget(point) * shown.devicePixelRatio());
     }
-
-    QTemporaryDir folder;
-    PDFDocument document;
-    PDFView view;
 };
 
 // Widths of Helvetica in thousandths: F 611, i 222, r 333, s 500, t 278, so that "First" ends 35 points further on.
@@ -174,22 +153,6 @@ TEST_F(Reading, EscapeOrTheLossOfTheWindowEndsADrag)
     }
 }
 
-TEST_F(Reading, TheSelectionIsPaintedWithThePageTurned)
-{
-    ASSERT_TRUE(isRead());
-    view.selectAllText();
-    for (const int rotation : {0, 180}) {
-        document.pageAtIndex(0)->setRotation(rotation);
-        view.layoutDocumentView();
-        if (rotation == 180)
-            view.verticalScrollBar()->setValue(400);
-        ASSERT_TRUE(QTest::qWaitFor([&] { return view.isContentComplete(); }, 10000));
-        const QColor over = pixel(at(72 + 37, 705)); // the space between the words
-        EXPECT_GT(over.blue() - over.red(), 20) << rotation;
-        EXPECT_EQ(pixel(at(300, 705)), QColor(Qt::white));
-    }
-}
-
 TEST_F(Reading, LinksInsideGoThereAndBack)
 {
     ASSERT_TRUE(isRead());
@@ -246,9 +209,14 @@ TEST_F(Reading, MarksAreWhereTheyWereFoundAndTheCurrentOneStandsOut)
     marks.push_back({0, {QRectF(550, 300, 1e9, 20)}});
     const QColor groundBeside = pixel(at(617, 482));
     view.setFindMarks(marks, 20'001);
-    EXPECT_EQ(pixel(at(125, 482)), QColor(255, 232, 110));
-    EXPECT_EQ(pixel(at(225, 452)), QColor(255, 180, 80));
-    EXPECT_EQ(pixel(at(617, 482)), groundBeside) << "beside the page";
+    for (const int rotation : {0, 180}) {
+        document.pageAtIndex(0)->setRotation(rotation);
+        view.layoutDocumentView();
+        ASSERT_TRUE(isDrawn());
+        EXPECT_EQ(pixel(at(125, 482)), QColor(255, 232, 110));
+        EXPECT_EQ(pixel(at(225, 452)), QColor(255, 180, 80));
+        EXPECT_EQ(pixel(at(617, 482)), groundBeside) << "beside the page";
+    }
     view.setFindMarks({}, -1);
     EXPECT_EQ(pixel(at(125, 482)), QColor(Qt::white));
 }

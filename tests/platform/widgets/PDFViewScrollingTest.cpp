@@ -1,16 +1,9 @@
-#include "platform/widgets/PDFView.h"
-#include "support/PdfSamples.h"
-#include "support/Tools.h"
+#include "ShownView.h"
 
 #include <QNativeGestureEvent>
 #include <QPointingDevice>
 #include <QProxyStyle>
-#include <QScrollBar>
-#include <QTemporaryDir>
-#include <QTest>
 #include <QWheelEvent>
-
-#include <gtest/gtest.h>
 
 #include <limits>
 
@@ -58,20 +51,12 @@ private:
     }
 };
 
-class Scrolled : public ::testing::Test
+// Pages of US letter stand 12, 816, 1620 ... pixels from the top.
+class Scrolled : public ShownView<TouchedView>
 {
 protected:
     Scrolled() { view.setStyle(&style); }
-
-    // Pages of US letter stand 12, 816, 1620 ... pixels from the top.
-    void open(const QByteArray &bytes)
-    {
-        document.initWithURL(writeFile(folder.path(), QStringLiteral("a.pdf"), bytes));
-        view.resize(640, 480);
-        view.show();
-        view.setDocument(&document);
-        ASSERT_TRUE(QTest::qWaitFor([&] { return document.isGeometrySettled(); }, 20000));
-    }
+    ~Scrolled() override { view.setStyle(nullptr); }
 
     // How far the document's upper left corner is beyond the view's.
     QPointF position() const
@@ -87,10 +72,7 @@ protected:
         QCoreApplication::sendEvent(view.viewport(), &event);
     }
 
-    QTemporaryDir folder;
     FixedAnimations style;
-    PDFDocument document;
-    TouchedView view;
     std::unique_ptr<QPointingDevice> screen{QTest::createTouchDevice()};
 };
 
@@ -184,20 +166,6 @@ TEST_F(Scrolled, ZoomingToAndFroComesBack)
     }
 }
 
-// At 0.3 about the lower edge, page 2 begins 140 pixels above that, and page 1 covers the middle.
-TEST_F(Scrolled, ThePageGoneToIsTheCurrentOneAsLongAsItIsLookedAt)
-{
-    open(manyPages(5));
-    view.goToPage(3);
-    view.setScaleFactor(0.5);
-    EXPECT_EQ(view.currentPageIndex(), 3);
-    view.goToPage(2);
-    view.setScaleFactor(1);
-    view.goToPage(2);
-    view.setScaleFactor(0.3, {200, 0});
-    EXPECT_EQ(view.currentPageIndex(), 1);
-}
-
 TEST_F(Scrolled, WhatStaysWhereItIsIsFoundAnewAfterResizing)
 {
     open(manyPages(5));
@@ -230,49 +198,6 @@ TEST_F(Scrolled, KeysScroll)
     view.resize(900, 480); // nothing to scroll sideways
     EXPECT_EQ(press(Qt::Key_Right), 804);
     EXPECT_EQ(press(Qt::Key_Left), 0);
-    view.resize(400, 480);
-    const double left = position().x();
-    press(Qt::Key_Right);
-    EXPECT_EQ(position(), QPointF(left + 40, 0));
-}
-
-TEST_F(Scrolled, PlacesAreFoundAgain)
-{
-    open(makePdf({{}, PageSpec{.cropBox = "100 200 400 700", .rotate = "90"}, {}, {}}));
-    view.setScaleFactor(3);
-    view.goToPage(1);
-    turnWheel({}, {-31, -57});
-    const PDFView::Place place = view.place();
-    EXPECT_EQ(place.pageIndex, 1);
-    const ViewPoint corner = view.convertPointFromPage(place.corner, document.pageAtIndex(1));
-    EXPECT_NEAR(corner.x, 0, 1e-6);
-    EXPECT_NEAR(corner.y, view.height(), 1e-6);
-    const QPointF before = position();
-    view.goToPage(3);
-    for (const PDFView::Place &nowhere : {PDFView::Place{-1, {}}, PDFView::Place{4, {}}, PDFView::Place{1, {nan, 0}}}) {
-        view.goToPlace(nowhere);
-        EXPECT_EQ(view.currentPageIndex(), 3);
-    }
-    view.goToPlace(place);
-    EXPECT_LT((position() - before).manhattanLength(), 1e-6);
-}
-
-TEST_F(Scrolled, ScrollsNoFurtherThanNeededToShowARectangle)
-{
-    open(manyPages(3));
-    const PDFPage *page = document.pageAtIndex(0);
-    const int shown = view.viewport()->height();
-    view.scrollToVisible({100, 700, 50, 20}, page); // 72 + 12 pixels from the top
-    EXPECT_EQ(position().y(), 0);
-    view.scrollToVisible({100, 92, 50, 20}, page); // 692 to 712
-    EXPECT_EQ(position().y(), 712 + 24 - shown);
-    view.scrollToVisible({100, 692, 50, 20}, page); // 92 to 112
-    EXPECT_EQ(position().y(), 92 - 24);
-    view.scrollToVisible({100, 0, 50, 692}, page); // 112 to 804
-    EXPECT_EQ(position().y(), 112);
-    view.scrollToVisible({100, nan, 50, 20}, page);
-    view.scrollToVisible({100, 0, 50, 20}, nullptr);
-    EXPECT_EQ(position().y(), 112);
 }
 
 TEST_F(Scrolled, OneFingerScrollsTapsAndDragsWhatIsClaimed)
@@ -290,17 +215,18 @@ TEST_F(Scrolled, OneFingerScrollsTapsAndDragsWhatIsClaimed)
     EXPECT_EQ(view.mouse, QStringList());
     view.goToPage(1); // ends the gliding
 
-    touch().press(0, {300, 100}, view.viewport());
-    touch().move(0, {301, 100}, view.viewport());
-    touch().release(0, {301, 100}, view.viewport());
+    const auto stroke = [&](const QPoint &to, const QPoint &end) {
+        touch().press(0, {300, 100}, view.viewport());
+        touch().move(0, to, view.viewport());
+        touch().release(0, end, view.viewport());
+    };
+    stroke({301, 100}, {301, 100});
     EXPECT_EQ(view.mouse.join(u';'), QStringLiteral("press 301,100;release 301,100"));
     view.mouse.clear();
 
     view.claimed = QRectF(250, 50, 100, 100);
     const QPointF stays = position();
-    touch().press(0, {300, 100}, view.viewport());
-    touch().move(0, {300, 300}, view.viewport());
-    touch().release(0, {300, 310}, view.viewport());
+    stroke({300, 300}, {300, 310});
     EXPECT_EQ(view.mouse.join(u';'), QStringLiteral("press 300,100;move 300,300;release 300,310"));
     EXPECT_EQ(position(), stays);
 }
@@ -354,7 +280,7 @@ TEST_F(Scrolled, PagesAreShownAsTheyWereDrawn)
     view.goToPage(0);
     turnWheel({0, -33});
     turnWheel({-7, 0});
-    ASSERT_TRUE(QTest::qWaitFor([&] { return view.isContentComplete(); }, 10000));
+    ASSERT_TRUE(isDrawn());
     const ViewPoint corner = view.convertPointFromPage({0, 792}, document.pageAtIndex(0));
     const QPoint origin(qRound(corner.x), qRound(view.height() - corner.y));
     EXPECT_NEAR(corner.x, origin.x(), 1e-9);
@@ -371,14 +297,22 @@ TEST_F(Scrolled, PagesAreShownAsTheyWereDrawn)
 TEST_F(Scrolled, BadNumbersAndSizesAreHarmless)
 {
     open(makePdf({PageSpec{.mediaBox = "0 0 1 1"}, PageSpec{.mediaBox = "0 0 14400 14400"}, {}}));
-    view.setScaleFactor(nan);
-    EXPECT_EQ(view.scaleFactor(), 1);
+    for (const auto &[wanted, reached] :
+         {std::pair(nan, 1.0), {1e9, PDFView::maxScaleFactor}, {0, PDFView::minScaleFactor}}) {
+        view.setScaleFactor(wanted);
+        EXPECT_EQ(view.scaleFactor(), reached);
+    }
+    view.goToPage(2);
+    for (const PDFView::Place &nowhere : {PDFView::Place{-1, {}}, PDFView::Place{3, {}}, PDFView::Place{1, {nan, 0}}}) {
+        view.goToPlace(nowhere);
+        EXPECT_EQ(view.currentPageIndex(), 2);
+    }
     for (const double zoom : {64.0, 0.1, 1.0}) {
         view.setScaleFactor(zoom);
         for (int page = 0; page < 3; ++page) {
             view.goToPage(page);
             EXPECT_EQ(view.currentPageIndex(), page);
-            EXPECT_TRUE(QTest::qWaitFor([&] { return view.isContentComplete(); }, 10000)) << zoom << " " << page;
+            EXPECT_TRUE(isDrawn()) << zoom << " " << page;
         }
     }
     view.resize(0, 0);

@@ -1,14 +1,5 @@
 #include "platform/widgets/PageImageStore.h"
-#include "platform/pdf/PDFDocument.h"
-#include "platform/widgets/PDFView.h"
-#include "support/PdfSamples.h"
-#include "support/Tools.h"
-
-#include <QSignalSpy>
-#include <QTemporaryDir>
-#include <QTest>
-
-#include <gtest/gtest.h>
+#include "ShownView.h"
 
 using namespace inkory;
 using namespace inkory::test;
@@ -16,15 +7,10 @@ using namespace inkory::test;
 namespace
 {
 
-class PageImages : public ::testing::Test
+class PageImages : public OpenedDocument
 {
 protected:
-    void open(const QByteArray &bytes)
-    {
-        document.initWithURL(writeFile(folder.path(), QStringLiteral("a.pdf"), bytes));
-        ASSERT_TRUE(QTest::qWaitFor([&] { return document.isGeometrySettled(); }, 10000));
-        store.setDocument(&document);
-    }
+    PageImages() { store.setDocument(&document); }
 
     bool comes(int page, double scale, const QRect &needed)
     {
@@ -32,8 +18,6 @@ protected:
                                5000);
     }
 
-    QTemporaryDir folder;
-    PDFDocument document;
     PageImageStore store{DrawPriority::Visible};
 };
 
@@ -48,8 +32,7 @@ TEST_F(PageImages, AVeryLongPageIsDrawnInParts)
 
 TEST_F(PageImages, WhatTheLastFrameShowedIsNotDropped)
 {
-    open(makePdf({PageSpec{.mediaBox = "0 0 1000 800"}, PageSpec{.mediaBox = "0 0 1000 800"},
-                  PageSpec{.mediaBox = "0 0 1000 800"}, PageSpec{.mediaBox = "0 0 1000 800"}}));
+    open(makePdf(std::vector<PageSpec>(4, PageSpec{.mediaBox = "0 0 1000 800"})));
     const QRect whole(0, 0, 3300, 2640); // 35 MB each: three are more than the store keeps for nothing
     for (int page = 0; page < 4; ++page)
         ASSERT_TRUE(comes(page, 3.3, whole));
@@ -109,38 +92,6 @@ TEST_F(PageImages, AWholePageStaysBelowAPartOfIt)
     ASSERT_NE(store.backdrop(page), nullptr);
     EXPECT_EQ(store.backdrop(page)->scale, 1);
     EXPECT_NE(store.piece(page, 1, QRect(0, 0, 1000, 800)), nullptr);
-}
-
-TEST_F(PageImages, APageThatFailedIsTriedAgainOnlyWhenThatIsWanted)
-{
-    open(makePdf({{}}).replace("/Count 1", "/Count 2")); // the second one is missing
-    const PDFPage &page = *document.pageAtIndex(1);
-    const QRect needed(0, 0, 100, 100);
-    for (const bool isWanted : {true, false, true}) {
-        if (isWanted)
-            store.retry(page);
-        EXPECT_NE(store.hasFailed(page, 1, needed), isWanted);
-        EXPECT_EQ(store.piece(page, 1, needed), nullptr);
-        QSignalSpy arrivals(&store, &PageImageStore::pieceArrived);
-        EXPECT_EQ(arrivals.wait(isWanted ? 10000 : 300), isWanted);
-    }
-}
-
-TEST_F(PageImages, GoingToAPageChoosesItAlsoWhereNothingScrolls)
-{
-    open(makePdf({PageSpec{.mediaBox = "0 0 300 100"}, PageSpec{.mediaBox = "0 0 300 100"},
-                  PageSpec{.mediaBox = "0 0 300 100"}}));
-    PDFView view;
-    view.resize(600, 500);
-    view.setDocument(&document);
-    EXPECT_EQ(view.currentPageIndex(), 1) << "the middle of the view";
-    for (const int page : {0, 2, 1}) {
-        view.goToPage(page);
-        EXPECT_EQ(view.currentPageIndex(), page);
-    }
-    view.goToPage(2);
-    view.setScaleFactor(1.2);
-    EXPECT_EQ(view.currentPageIndex(), 2) << "zooming is not going elsewhere";
 }
 
 } // namespace

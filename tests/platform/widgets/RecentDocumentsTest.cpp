@@ -5,9 +5,6 @@
 #include "support/Tools.h"
 
 #include <QFile>
-#include <QTemporaryDir>
-
-#include <gtest/gtest.h>
 
 namespace inkory
 {

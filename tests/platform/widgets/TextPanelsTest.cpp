@@ -11,14 +11,9 @@
 #include <QFontDialog>
 #include <QLineEdit>
 #include <QListView>
-#include <QScreen>
 #include <QSignalSpy>
-#include <QTemporaryDir>
-#include <QTest>
 #include <QTimer>
 #include <QWindow>
-
-#include <gtest/gtest.h>
 
 namespace inkory::test
 {
@@ -101,30 +96,6 @@ TEST_F(TextPanelsTest, TellOnceWhatThePersonChoseAndNothingOfWhatTheyAreShown)
     EXPECT_TRUE(colors.isVisible()); // no reason to close it
     EXPECT_EQ(colorChanged.last().first().value<QColor>(), QColor(Qt::blue));
     EXPECT_EQ(sharedFontManager().selectedColor(), QColor(Qt::blue));
-}
-
-TEST_F(TextPanelsTest, StandBesideWhatIsWorkedOnAndGoWithTheirWindow)
-{
-    QWidget other;
-    other.show();
-    const QRect workedOn(100, 300, 60, 20);
-    fonts.orderFront(&window, workedOn);
-    const QFontDialog &dialog = shownDialog<QFontDialog>();
-    EXPECT_FALSE(dialog.frameGeometry().intersects(workedOn));
-    EXPECT_TRUE(window.screen()->availableGeometry().contains(dialog.frameGeometry()));
-    EXPECT_EQ(ownerOf(dialog), window.windowHandle());
-    other.activateWindow();
-    EXPECT_TRUE(QTest::qWaitForWindowActive(&other));
-    EXPECT_TRUE(fonts.isVisible());
-    QTest::keyClick(dialog.windowHandle(), Qt::Key_Escape);
-    EXPECT_TRUE(!fonts.isVisible() && window.isVisible());
-
-    fonts.orderFront(&window);
-    fonts.orderFront(&other);
-    window.hide();
-    EXPECT_TRUE(fonts.isVisible());
-    other.hide();
-    EXPECT_FALSE(fonts.isVisible());
 }
 
 TEST_F(TextPanelsTest, StayUsableWhileAModalSessionRuns)

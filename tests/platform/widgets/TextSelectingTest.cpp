@@ -126,48 +126,6 @@ TEST_F(Selecting, ASelectionReachesNoFurtherThanItMay)
     EXPECT_THAT(selecting.areasOn(5000), IsEmpty());
 }
 
-TEST_F(Selecting, WordsBesideTextAreNotSelected)
-{
-    selecting.begin({0, {300, 200}}, Unit::Word);
-    source.answer(0, line(QStringLiteral("some words")));
-    EXPECT_FALSE(selecting.hasSelection());
-    selecting.begin({0, {12, 5}}, Unit::Word);
-    EXPECT_EQ(selecting.selectedText(), QStringLiteral("some"));
-    selecting.finish();
-    selecting.extend({0, {71, 5}});
-    EXPECT_EQ(selecting.selectedText(), QStringLiteral("some words"));
-    EXPECT_EQ(selecting.selectedText(6), QStringLiteral("some w"));
-}
-
-TEST_F(Selecting, CopyingWaitsForWhatIsBeingSelected)
-{
-    PageText cut = line(QStringLiteral("first"));
-    cut.isCut = true;
-    selecting.begin({0, {0, 5}}, Unit::Word);
-    selecting.finish();
-    source.answer(0, cut);
-    selecting.extend({1, {0, 5}});
-    selecting.finish();
-    QGuiApplication::clipboard()->clear();
-    QSignalSpy copies(&selecting, &TextSelecting::copied);
-    selecting.copy();
-    EXPECT_EQ(copies.count(), 0);
-    source.answer(1, line(QStringLiteral("next")));
-    EXPECT_EQ(QGuiApplication::clipboard()->text(), QStringLiteral("first\nnext"));
-    EXPECT_EQ(copies, QList<QVariantList>({{false}})) << "the first page goes on";
-}
-
-TEST_F(Selecting, APressTriesAgainWhatCouldNotBeRead)
-{
-    selecting.begin({0, {12, 5}}, Unit::Word);
-    source.answer(0, Error{QStringLiteral("no")});
-    selecting.finish();
-    EXPECT_THAT(source.askedPages(), IsEmpty()) << "not while the pointer moves";
-    selecting.begin({0, {12, 5}}, Unit::Word);
-    source.answer(0, line(QStringLiteral("some words")));
-    EXPECT_EQ(selecting.selectedText(), QStringLiteral("some"));
-}
-
 TEST_F(Selecting, PagesFarAwayAreForgottenButForTheSelectedText)
 {
     for (int page = 0; page < 3; ++page) {

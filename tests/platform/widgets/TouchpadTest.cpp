@@ -3,26 +3,19 @@
 #include "support/Tools.h"
 
 #include <QDir>
-#include <QTemporaryDir>
-#include <QTest>
 
 #include <array>
 #include <fcntl.h>
-#include <gtest/gtest.h>
 #include <linux/input.h>
 #include <unistd.h>
 
-using inkory::Touch;
-using inkory::Touches;
-using inkory::Touchpad;
-using inkory::TouchpadCapture;
-using inkory::TouchpadReader;
+using namespace inkory;
 
 namespace
 {
 
 /// A touchpad whose events come through a pipe; it is 1000 wide from 200 on, and 500 high.
-class TouchpadTest : public ::testing::Test, public inkory::TouchReceiver
+class TouchpadTest : public ::testing::Test, public TouchReceiver
 {
 protected:
     TouchpadTest()
@@ -160,14 +153,14 @@ TEST(TouchpadSearch, FindsTouchpadsByWhatTheyCanDo)
     QTemporaryDir folder;
     const auto describe = [&folder](const QString &name, const QByteArray &properties, const QByteArray &axes) {
         QDir(folder.path()).mkpath(name + QStringLiteral("/device/capabilities"));
-        inkory::test::writeFile(folder.path(), name + QStringLiteral("/device/properties"), properties);
-        inkory::test::writeFile(folder.path(), name + QStringLiteral("/device/capabilities/abs"), axes);
+        test::writeFile(folder.path(), name + QStringLiteral("/device/properties"), properties);
+        test::writeFile(folder.path(), name + QStringLiteral("/device/capabilities/abs"), axes);
     };
     describe(QStringLiteral("event2"), "5\n", "2e0800000000003\n"); // slots, places, and a button pad
     describe(QStringLiteral("event3"), "3\n", "2e0800000000003\n"); // a touch screen
     describe(QStringLiteral("event4"), "1\n", "3\n");               // an old touchpad that tells of one finger only
     describe(QStringLiteral("event5"), "0\n", "0\n");
-    EXPECT_EQ(inkory::touchpadNames(folder.path()), QStringList{QStringLiteral("event2")});
+    EXPECT_EQ(touchpadNames(folder.path()), QStringList{QStringLiteral("event2")});
 }
 
 } // namespace
