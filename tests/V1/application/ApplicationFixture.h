@@ -3,6 +3,8 @@
 #include "V1/application/InterfaceRegistration.h"
 #include "V1/application/KRDocumentController.h"
 #include "V1/application/PDFDocumentModel.h"
+#include "V1/application/PDFWindowController.h"
+#include "V1/editing/KRPDFView.h"
 #include "platform/core/UserDefaults.h"
 #include "platform/widgets/Alert.h"
 #include "platform/widgets/ModalSession.h"
@@ -10,11 +12,7 @@
 #include "support/Tools.h"
 
 #include <QApplication>
-#include <QTemporaryDir>
-#include <QTest>
 #include <QTimer>
-
-#include <gtest/gtest.h>
 
 namespace inkory::test
 {
@@ -68,6 +66,24 @@ protected:
     }
 
     KRDocumentController documentController;
+};
+
+/// The window of an open document.
+class DocumentWindowFixture : public OpenedDocumentFixture
+{
+protected:
+    explicit DocumentWindowFixture(const QByteArray &bytes = textPages({"one"}))
+        : document(open(makeFile("a.pdf", bytes)))
+    {
+        EXPECT_TRUE(QTest::qWaitFor([this] { return document.pdfDoc()->isGeometrySettled(); }));
+    }
+
+    template <class T> T &part(const char *name) const { return *window.findChild<T *>(QLatin1String(name)); }
+
+    PDFDocumentModel &document;
+    PDFWindowController &controller = *document.pdfWindowController();
+    QWidget &window = *controller.window();
+    KRPDFView &view = *controller.pdfView();
 };
 
 } // namespace inkory::test

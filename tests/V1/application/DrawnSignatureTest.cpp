@@ -1,11 +1,9 @@
 #include "ApplicationFixture.h"
 
 #include "V1/application/AppDelegate.h"
-#include "V1/application/PDFWindowController.h"
 #include "V1/capture/CaptureDevices.h"
 #include "V1/capture/ColorSelectButtonCell.h"
 #include "V1/capture/SignatureWindowController.h"
-#include "V1/editing/KRPDFView.h"
 #include "V1/library/ImageStampCollection.h"
 #include "V1/library/ImageStampSelectionController.h"
 

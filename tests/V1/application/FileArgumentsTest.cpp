@@ -3,9 +3,6 @@
 #include "support/Tools.h"
 
 #include <QDir>
-#include <QTemporaryDir>
-
-#include <gtest/gtest.h>
 
 namespace inkory
 {
@@ -18,11 +15,8 @@ TEST(FileArguments, ArePathsOfThisFolderOrAddresses)
     EXPECT_EQ(urlFromArgument(u":b.pdf"_qs).toLocalFile(), here + u"/:b.pdf"_qs);
     EXPECT_EQ(urlFromArgument(u"file:///a%20b.pdf"_qs).toLocalFile(), u"/a b.pdf"_qs);
     EXPECT_TRUE(urlFromArgument({}).isEmpty());
-}
 
-TEST(FileArguments, AFileThatExistsIsNoAddress)
-{
-    const QTemporaryDir folder;
+    const QTemporaryDir folder; // a file that exists is no address
     ASSERT_TRUE(QDir(folder.path()).mkdir(u"a:"_qs));
     test::writeFile(folder.path() + u"/a:"_qs, u"b.pdf"_qs, "%PDF");
     const QString path = folder.path() + u"/a:"_qs;

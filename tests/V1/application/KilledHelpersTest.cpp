@@ -1,11 +1,8 @@
 #include "V1/application/ApplicationFixture.h"
-#include "V1/application/PDFWindowController.h"
-#include "V1/editing/KRPDFView.h"
 #include "V1/stamps/KRPDFPage.h"
 #include "support/Helpers.h"
 
 #include <QScrollBar>
-#include <QTimer>
 
 #include <csignal>
 #include <random>
@@ -22,27 +19,20 @@ protected:
     void doSomething(KRPDFView &view)
     {
         const int pages = view.document()->pageCount();
-        switch (std::uniform_int_distribution(0, 4)(m_random)) {
-        case 0:
+        const int choice = std::uniform_int_distribution(0, 4)(m_random);
+        if (choice == 0) {
             view.setScaleFactor(std::uniform_real_distribution(0.3, 2.0)(m_random));
-            break;
-        case 1:
+        } else if (choice == 1) {
             view.goToPage(std::uniform_int_distribution(0, pages - 1)(m_random));
-            break;
-        case 2:
+        } else if (choice == 2) {
             view.verticalScrollBar()->setValue(
                 std::uniform_int_distribution(0, view.verticalScrollBar()->maximum())(m_random));
-            break;
-        case 3: {
-            view.goToPage(m_stamps % pages);
-            const PDFPage *page = view.document()->pageAtIndex(m_stamps % pages);
+        } else if (choice == 3) {
+            const PDFPage *page = view.document()->pageAtIndex(m_stamps++ % pages);
+            view.goToPage(view.document()->indexForPage(page));
             view.addImageStampView(view.convertPointFromPage({300, 400}, page));
-            ++m_stamps;
-            break;
-        }
-        default:
+        } else {
             view.rotateCurrentPageClockwise();
-            break;
         }
     }
 

@@ -1,10 +1,7 @@
 #include "ApplicationFixture.h"
 
 #include "V1/application/FindBar.h"
-#include "V1/application/PDFWindowController.h"
 #include "V1/application/WebAddress.h"
-#include "V1/editing/KRPDFView.h"
-#include "V1/stamps/KRPDFDocument.h"
 #include "platform/widgets/OutlineView.h"
 
 #include <QAction>
@@ -14,45 +11,22 @@
 #include <QMenu>
 #include <QMenuBar>
 #include <QSet>
-#include <QSplitter>
 #include <QTabBar>
 #include <QTabWidget>
 
 namespace inkory::test
 {
 
-namespace
-{
-
-/// The file with an outline of two lines; the second one, "Inner", is a child and leads to the last page.
-QByteArray withOutline(QByteArray file)
-{
-    const qsizetype kids = file.indexOf("/Kids [") + 7;
-    const QByteArray lastPage =
-        file.mid(kids, file.indexOf("]", kids) - kids).split('R').at(1).trimmed() + " R"; // of two
-    file.replace("/Type /Catalog", "/Type /Catalog /Outlines 90 0 R");
-    file.insert(file.indexOf("\nxref\n") + 1,
-                "90 0 obj\n<< /Type /Outlines /First 91 0 R /Last 91 0 R /Count 2 >>\nendobj\n"
-                "91 0 obj\n<< /Title (Outer) /Parent 90 0 R /First 92 0 R /Last 92 0 R /Count 1 >>\nendobj\n"
-                "92 0 obj\n<< /Title (Inner) /Parent 91 0 R /Dest [" +
-                    lastPage + " /Fit] >>\nendobj\n");
-    return rewriteWithQpdf(file, {});
-}
-
-} // namespace
-
 /// The window of a document with three pages: "First word", "Second word, last word", "Third".
-class ReadingTest : public OpenedDocumentFixture
+class ReadingTest : public DocumentWindowFixture
 {
 protected:
-    ReadingTest()
+    ReadingTest() : DocumentWindowFixture(textPages({"First word", "Second word, last word", "Third"}))
     {
         EXPECT_TRUE(QTest::qWaitForWindowActive(window.windowHandle()));
-        EXPECT_TRUE(QTest::qWaitFor([this] { return document.pdfDoc()->isGeometrySettled(); }));
     }
     ~ReadingTest() override { setAddressOpener({}); }
 
-    template <class T> T &part(const char *name) { return *window.findChild<T *>(QLatin1String(name)); }
     void press(Qt::Key key, Qt::KeyboardModifiers modifiers = {})
     {
         QTest::keyClick(window.focusWidget(), key, modifiers);
@@ -69,10 +43,6 @@ protected:
     {
         return QTest::qWaitFor([&] { return part<QLabel>("findCount").text() == QLatin1String(text); });
     }
-
-    PDFDocumentModel &document = open(makeFile("a.pdf", textPages({"First word", "Second word, last word", "Third"})));
-    QWidget &window = *document.pdfWindowController()->window();
-    KRPDFView &view = *document.pdfWindowController()->pdfView();
 };
 
 TEST_F(ReadingTest, FindsByKeysGoesRoundAndLeavesWithEscape)
@@ -127,19 +97,6 @@ TEST_F(ReadingTest, BeginsAtTheSelectionAndGoesOnFromTheLastHitAfterEscape)
     EXPECT_TRUE(counts("3 of 3"));
 }
 
-TEST_F(ReadingTest, SaysThatScannedPagesHaveNoText)
-{
-    const PDFDocumentModel &scan =
-        open(makeFile("b.pdf", makePdf({PageSpec{.contents = {rectangleContent(100, 600, 100, 100, "0 0 1")}}})));
-    EXPECT_TRUE(QTest::qWaitFor([&] { return scan.pdfDoc()->isGeometrySettled(); }));
-    auto *bar = scan.pdfWindowController()->window()->findChild<FindBar *>();
-    bar->findNext();
-    QTest::keyClicks(bar->findChild<QLineEdit *>(), QStringLiteral("word"));
-    const auto *note = bar->findChild<QLabel *>(QStringLiteral("findNote"));
-    EXPECT_TRUE(QTest::qWaitFor([&] { return note->isVisible(); }));
-    EXPECT_TRUE(note->text().contains(QStringLiteral("scanned")));
-}
-
 TEST_F(ReadingTest, CopiesThePagesTextAndFieldsKeepTheirOwn)
 {
     EXPECT_FALSE(part<QAction>("actionCopy").isEnabled());
@@ -158,7 +115,12 @@ TEST_F(ReadingTest, CopiesThePagesTextAndFieldsKeepTheirOwn)
 
 TEST_F(ReadingTest, TheOutlineIsASecondTabOnlyWhereThereIsOne)
 {
-    const PDFDocumentModel &outlined = open(makeFile("b.pdf", withOutline(textPages({"one", "two"}))));
+    const PageSpec page{.contents = {textContent("text")}};
+    const PDFDocumentModel &outlined =
+        open(makeFile("b.pdf", makePdf({page, page}, {}, "/Outlines 8 0 R",
+                                       {"<< /First 9 0 R /Last 9 0 R /Count 2 >>",
+                                        "<< /Title (Outer) /Parent 8 0 R /First 10 0 R /Last 10 0 R /Count 1 >>",
+                                        "<< /Title (Inner) /Parent 9 0 R /Dest [7 0 R /Fit] >>"})));
     QWidget &other = *outlined.pdfWindowController()->window();
     auto *panel = other.findChild<QTabWidget *>(QStringLiteral("sidePanel"));
     ASSERT_TRUE(QTest::qWaitFor([&] { return panel->count() == 2; }));
@@ -168,18 +130,10 @@ TEST_F(ReadingTest, TheOutlineIsASecondTabOnlyWhereThereIsOne)
 
     EXPECT_EQ(panel->width(), 170);
     panel->setCurrentIndex(1);
-    auto *splitter = other.findChild<QSplitter *>(QStringLiteral("splitter"));
     EXPECT_TRUE(QTest::qWaitFor([&] { return panel->width() == 260; })) << "titles need more room than thumbnails";
-    const QPoint handle = splitter->handle(1)->mapTo(&other, splitter->handle(1)->rect().center());
-    QTest::mousePress(other.windowHandle(), Qt::LeftButton, {}, handle);
-    QTest::mouseMove(other.windowHandle(), handle + QPoint(40, 0));
-    QTest::mouseRelease(other.windowHandle(), Qt::LeftButton, {}, handle + QPoint(40, 0));
-    const int chosen = panel->width();
-    EXPECT_NEAR(chosen, 300, 4);
     panel->setCurrentIndex(0);
     EXPECT_TRUE(QTest::qWaitFor([&] { return panel->width() == 170; }));
     panel->setCurrentIndex(1);
-    EXPECT_TRUE(QTest::qWaitFor([&] { return panel->width() == chosen; })) << "remembered";
     auto *tree = other.findChild<OutlineView *>();
     tree->setFocus();
     const KRPDFView &pages = *outlined.pdfWindowController()->pdfView();
@@ -224,18 +178,6 @@ TEST_F(ReadingTest, AnAddressIsOpenedOnlyAfterTheQuestion)
                              "What stands before “@” is only a user name: bank.example"));
     openAddressIfAgreed(QStringLiteral("mailto:a@x.org?attach=/etc/passwd&Subject=a%26b&cc=c@x.org#x"), &window);
     EXPECT_EQ(opened.last().toString(QUrl::FullyEncoded), QStringLiteral("mailto:a@x.org?Subject=a%26b&cc=c@x.org"));
-}
-
-TEST_F(ReadingTest, AWideEnoughQuestionIsAsked)
-{
-    Alert::setResponder({});
-    int width = 0;
-    QTimer::singleShot(0, qApp, [&width] {
-        width = QApplication::activeModalWidget()->width();
-        QTest::keyClick(QApplication::activeModalWidget(), Qt::Key_Escape);
-    });
-    EXPECT_EQ(openAddressIfAgreed(QStringLiteral("https://example.org"), &window), AddressOutcome::Declined);
-    EXPECT_GE(width, 420);
 }
 
 TEST_F(ReadingTest, ALinksMenuOpensAndCopiesItsAddress)

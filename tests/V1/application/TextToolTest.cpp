@@ -1,9 +1,6 @@
 #include "ApplicationFixture.h"
 
 #include "V1/application/DocumentStatusBar.h"
-#include "V1/application/NoticeStrip.h"
-#include "V1/application/PDFWindowController.h"
-#include "V1/editing/KRPDFView.h"
 #include "V1/editing/TextStampEditor.h"
 #include "V1/stamps/KRStamp.h"
 #include "platform/widgets/FontPanel.h"
@@ -21,16 +18,10 @@ namespace inkory::test
 {
 
 /// The window of an open document, and a person who writes on its first page.
-class TextToolTest : public OpenedDocumentFixture
+class TextToolTest : public DocumentWindowFixture
 {
 protected:
-    TextToolTest()
-    {
-        EXPECT_TRUE(QTest::qWaitForWindowActive(&window));
-        EXPECT_TRUE(QTest::qWaitFor([this] { return document.pdfDoc()->canSave(); }));
-    }
-
-    template <class T> T &part(const char *name) const { return *window.findChild<T *>(QLatin1String(name)); }
+    TextToolTest() { EXPECT_TRUE(QTest::qWaitForWindowActive(&window)); }
     void press(Qt::Key key, Qt::KeyboardModifiers modifiers = {}) const
     {
         QTest::keyClick(window.windowHandle(), key, modifiers);
@@ -51,10 +42,6 @@ protected:
     }
     QString written() const { return view.textEditor()->textCursor().document()->toPlainText(); }
 
-    PDFDocumentModel &document = open(makeFile("a.pdf"));
-    PDFWindowController &controller = *document.pdfWindowController();
-    QWidget &window = *controller.window();
-    KRPDFView &view = *controller.pdfView();
     const QPoint place{250, 200};
 };
 
@@ -67,14 +54,10 @@ TEST_F(TextToolTest, IsChosenByKeySegmentAndMenuAndSaysWhereToClick)
     EXPECT_EQ(bar.inlineMessage(), hint);
     press(Qt::Key_V);
     EXPECT_EQ(bar.inlineMessage(), QString());
-    QToolButton *segment = part<SegmentedControl>("toolSelectionControl").button(2);
-    QTest::mouseClick(segment, Qt::LeftButton);
-    EXPECT_TRUE(segment->isVisible() && segment->isChecked());
-    EXPECT_EQ(view.currentToolType(), ToolTypeTextStamp);
+    part<SegmentedControl>("toolSelectionControl").button(2)->click();
+    EXPECT_EQ(bar.inlineMessage(), hint);
     press(Qt::Key_V);
     part<QAction>("actionTextTool").trigger();
-    EXPECT_EQ(bar.inlineMessage(), hint);
-
     EXPECT_FALSE(part<QAction>("actionBold").isEnabled());
     click(place);
     EXPECT_TRUE(view.isEditingText());
@@ -94,10 +77,7 @@ TEST_F(TextToolTest, UndoIsTheTypingsOwnWhileATextIsEdited)
     EXPECT_FALSE(part<QAction>("actionDelete").isEnabled());
     part<QAction>("actionUndo").trigger();
     EXPECT_EQ(written(), QString());
-    EXPECT_FALSE(undo.isEnabled());
-    EXPECT_EQ(part<QAction>("actionRedo").text(), QStringLiteral("Redo Typing"));
     part<QAction>("actionRedo").trigger();
-    EXPECT_EQ(written(), QStringLiteral("ab"));
     press(Qt::Key_Escape);
     EXPECT_EQ(undo.text(), QStringLiteral("Undo Add/Delete Stamp"));
     part<QAction>("actionUndo").trigger();
@@ -142,11 +122,6 @@ TEST_F(TextToolTest, TheFormatMenuAndTheToolbarChangeTheText)
     Q_EMIT view.fontReplaced(QStringLiteral("A\nB"), QStringLiteral("C %1"));
     EXPECT_EQ(part<QLabel>("noticeText").text(),
               QStringLiteral("The font “A B” must not be stored in documents. “C %1” is used instead."));
-    QStringList order;
-    for (const char *name : {"textEditButton", "textFontButton", "textColorButton", "textBGColorButton",
-                             "rotateStampCCWButton", "rotateStampCWButton"})
-        order.append(QString::number(part<QToolButton>(name).x()));
-    EXPECT_EQ(order.join(u' '), QStringLiteral("2 24 46 68 90 112"));
 }
 
 } // namespace inkory::test
