@@ -16,7 +16,7 @@ namespace inkory
 class StrokeHistory
 {
 public:
-    static constexpr qsizetype defaultLimit = 64 * 1024 * 1024;
+    static constexpr qsizetype defaultLimit = 64LL * 1024 * 1024;
 
     /// Keeps at most this many bytes of pixels, and drops the oldest steps for it; the step in progress is kept whole.
     explicit StrokeHistory(qsizetype limit = defaultLimit) : m_limit(limit) {}
