@@ -32,7 +32,7 @@ constexpr int swatchMargin = 2;
 struct NamedColor
 {
     QColor color;
-    const char *name; // to be translated
+    const char *name = nullptr; // to be translated
 };
 
 const std::array<NamedColor, 14> &namedColors()

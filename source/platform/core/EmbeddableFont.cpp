@@ -29,7 +29,7 @@ std::optional<LetterClass> letterClassFromPanose(const QByteArray &os2)
     constexpr int firstSerif = 2;
     constexpr int firstSansSerif = 11;
     constexpr int lastSansSerif = 15;
-    const int serifStyle = os2.at(panoseOffset + 1);
+    const int serifStyle = static_cast<unsigned char>(os2.at(panoseOffset + 1));
     if (os2.at(panoseOffset) != latinText)
         return std::nullopt;
     if (os2.at(panoseOffset + 3) == monospaced)

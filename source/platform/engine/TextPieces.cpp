@@ -76,7 +76,7 @@ QPDFObjectHandle entry(QPDFObjectHandle dictionary, const std::string &key)
 }
 
 // In thousandths of the font's size. The widths are lists, each behind the number of its first glyph.
-std::optional<double> advance(QPDFObjectHandle font, int code)
+std::optional<double> advance(const QPDFObjectHandle &font, int code)
 {
     QPDFObjectHandle descendants = entry(font, "/DescendantFonts");
     if (!descendants.isArray() || descendants.getArrayNItems() != 1)
