@@ -1,5 +1,11 @@
 #include "V1/capture/CaptureDevices.h"
 
+#include "platform/widgets/TouchpadSearch.h"
+
+#include <QInputDevice>
+
+#include <algorithm>
+
 namespace inkory
 {
 
@@ -19,6 +25,17 @@ CaptureDevices::CaptureDevices(QWidget &surface) : m_touchpad(opener()), m_point
 void CaptureDevices::setTouchpadOpener(std::function<Touchpad()> open)
 {
     opener() = open ? std::move(open) : openTouchpad;
+}
+
+bool CaptureDevices::isTrackpadModeUsable()
+{
+    const auto draws = [](const QInputDevice *device) {
+        return device->type() == QInputDevice::DeviceType::TouchScreen ||
+               device->type() == QInputDevice::DeviceType::Stylus;
+    };
+    const QList<const QInputDevice *> devices = QInputDevice::devices();
+    return RelativePointerCapture::isOffered() || std::any_of(devices.begin(), devices.end(), draws) ||
+           !touchpadNames(QStringLiteral("/sys/class/input")).isEmpty();
 }
 
 CaptureDevices::Held CaptureDevices::held() const

@@ -21,6 +21,10 @@ public:
     /// For tests: what opens the touchpad instead, for objects that are made while it is set.
     static void setTouchpadOpener(std::function<Touchpad()> open);
 
+    /// Whether there is anything with which trackpad mode could be used: a touch screen, a pen, a touchpad (readable or
+    /// not: the window says how to make it so), or a desktop that lets the pointer be held.
+    static bool isTrackpadModeUsable();
+
     Held held() const;
     /// Whether the last capture found nothing to hold.
     bool wasInVain() const { return m_wasInVain; }

@@ -90,6 +90,9 @@ bool SignatureWindowController::showModal(ImageStampReceiver &pdfWindowControlle
     shown->winId(); // from now on the pad knows the density of its screen
     m_signaturePadView->setImage({});
     m_signaturePadView->setFocus();
+    const bool isTrackpadChosen = m_signaturePadView->signatureDrawingMode() == SignatureDrawingModeTrackpad;
+    m_drawMethodMatrix->setSegmentVisible(m_drawMethodMatrix->segmentCount() - 1,
+                                          isTrackpadChosen || CaptureDevices::isTrackpadModeUsable());
     showAdvice();
     m_running = true;
     const int code = runModalForWindow(*shown, pdfWindowController.imageStampWindow());
