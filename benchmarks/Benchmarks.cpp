@@ -29,14 +29,6 @@ namespace
 
 constexpr int manyPages = 10'000;
 
-QString writeFile(const QString &path, const QByteArray &bytes)
-{
-    QFile file(path);
-    if (!file.open(QIODevice::WriteOnly) || file.write(bytes) != bytes.size())
-        qFatal("cannot write %s", qPrintable(path));
-    return path;
-}
-
 void runProgram(const QString &program, const QStringList &arguments)
 {
     QProcess process;

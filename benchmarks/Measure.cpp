@@ -3,6 +3,7 @@
 #include <QCoreApplication>
 #include <QElapsedTimer>
 #include <QEventLoop>
+#include <QFile>
 
 #include <algorithm>
 #include <cstdio>
@@ -105,6 +106,14 @@ void runUntil(const std::function<bool()> &condition)
 {
     while (!condition())
         QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
+}
+
+QString writeFile(const QString &path, const QByteArray &bytes)
+{
+    QFile file(path);
+    if (!file.open(QIODevice::WriteOnly) || file.write(bytes) != bytes.size())
+        qFatal("cannot write %s", qPrintable(path));
+    return path;
 }
 
 QByteArray textPages(int count, int furtherLines)

@@ -44,6 +44,9 @@ int exitStatus();
 /// Runs the event loop until the condition holds.
 void runUntil(const std::function<bool()> &condition);
 
+/// Writes a file and answers its path; where that is impossible, the benchmark ends.
+QString writeFile(const QString &path, const QByteArray &bytes);
+
 /// A healthy PDF of this many US letter pages with a line of text each, and further ones.
 QByteArray textPages(int count, int furtherLines = 0);
 

@@ -10,7 +10,6 @@
 #include "platform/widgets/ScreenDrawingContext.h"
 
 #include <QApplication>
-#include <QFile>
 #include <QKeyEvent>
 #include <QPainter>
 #include <QTemporaryDir>
@@ -24,14 +23,6 @@ namespace
 {
 
 constexpr int typedLength = 2'000;
-
-QString writeFile(const QString &path, const QByteArray &bytes)
-{
-    QFile file(path);
-    if (!file.open(QIODevice::WriteOnly) || file.write(bytes) != bytes.size())
-        qFatal("cannot write %s", qPrintable(path));
-    return path;
-}
 
 // 25 lines.
 QString longText()

@@ -34,14 +34,6 @@ namespace
 
 constexpr int manyPages = 10'000;
 
-QString writeFile(const QString &path, const QByteArray &bytes)
-{
-    QFile file(path);
-    if (!file.open(QIODevice::WriteOnly) || file.write(bytes) != bytes.size())
-        qFatal("cannot write %s", qPrintable(path));
-    return path;
-}
-
 // A window of 1200 x 900 with a document, and what is measured in it.
 class Shown
 {

@@ -32,10 +32,7 @@ void TextEditing::setUp()
 {
     m_textEditor = new TextStampEditor(m_overlays.clipView());
     m_textEditor->installEventFilter(m_overlays.clipView()); // there the pointer is not over the pages
-    connect(m_textEditor, &TextStampEditor::endRequested, this, [this] {
-        endTextEditing();
-        m_view.updateStampViewOverlay();
-    });
+    connect(m_textEditor, &TextStampEditor::endRequested, this, &TextEditing::endTextEditing);
     connect(m_textEditor, &TextStampEditor::typingAttributesChanged, this, &TextEditing::showTypingAttributes);
     connect(m_textEditor, &TextStampEditor::undoAvailabilityChanged, &m_view, &KRPDFView::typingUndoChanged);
     connect(m_textEditor, &TextStampEditor::refused, &m_view, &KRPDFView::textRefused);
@@ -110,12 +107,10 @@ void TextEditing::startTextEditing()
     m_textEditor->place({onScreen.x, onScreen.y}, m_view.scaleFactor());
     m_textEditor->replaceTextStorage(text);
     m_textEditor->show();
-    if (text->isEmpty()) {
+    if (text->isEmpty())
         m_textEditor->setTypingAttributes(newTextAttributes());
-    } else {
-        m_textEditor->setSelectedRange(text->length(), 0); // what is typed next is like the last character
-        m_textEditor->setSelectedRange(0, text->length());
-    }
+    else
+        m_textEditor->selectAll(); // what is typed instead is like the last character
     m_textEditor->setFocus();
     stamp->beginEditing();
     text->document().clearUndoRedoStacks();

@@ -70,6 +70,21 @@ TEST_F(TextEditingEdgesTest, FormatsFollowTheCursorAndStayInNewLines)
     EXPECT_EQ(stamp()->textStorage()->attributedText().runs[0].text, QStringLiteral("\u2029ApA"));
 }
 
+TEST_F(TextEditingEdgesTest, EachTextIsGoneOnWithInItsOwnFormat)
+{
+    writeOne();
+    const auto first = stamp();
+    place({100, 500});
+    view->textEditor()->toggleBold();
+    type(QStringLiteral("two")); // as long as the other one, so that the cursor is at the same place
+    for (const auto &[edited, weight] : {std::pair(first, QFont::Normal), std::pair(stamp(), QFont::Bold)}) {
+        view->setSelectedStampView(edited);
+        view->startTextEditing();
+        EXPECT_EQ(view->textEditor()->typingAttributes().fontWeight(), weight);
+        key(Qt::Key_Escape);
+    }
+}
+
 TEST_F(TextEditingEdgesTest, AnotherSizeLeavesTheRestOfAMixedSelection)
 {
     openPage();
